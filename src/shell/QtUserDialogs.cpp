@@ -1,0 +1,114 @@
+#include "QtUserDialogs.h"
+
+#include <QCheckBox>
+#include <QFileDialog>
+#include <QGridLayout>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+
+namespace tb {
+
+namespace {
+
+QMessageBox::Icon iconFor(AlertStyle style)
+{
+    switch (style) {
+    case AlertStyle::Information:
+        return QMessageBox::Information;
+    case AlertStyle::Warning:
+        return QMessageBox::Warning;
+    case AlertStyle::Critical:
+        return QMessageBox::Critical;
+    }
+    return QMessageBox::Information;
+}
+
+// QFileDialog has no message line; Qt's own dialog lays out in a grid, so add one below it.
+void addMessage(QFileDialog& dialog, const QString& message)
+{
+    if (message.isEmpty())
+        return;
+    dialog.setAccessibleDescription(message);
+    if (auto* grid = qobject_cast<QGridLayout*>(dialog.layout())) {
+        auto* label = new QLabel(message, &dialog);
+        label->setWordWrap(true);
+        grid->addWidget(label, grid->rowCount(), 0, 1, grid->columnCount());
+    }
+}
+
+void applyCommon(QFileDialog& dialog, const QString& title, const QStringList& nameFilters, const QString& directory)
+{
+    dialog.setOption(QFileDialog::DontUseNativeDialog, true);
+    dialog.setWindowTitle(title);
+    dialog.setAccessibleName(title);
+    if (!nameFilters.isEmpty())
+        dialog.setNameFilters(nameFilters);
+    if (!directory.isEmpty())
+        dialog.setDirectory(directory);
+}
+
+} // namespace
+
+QuestionAnswer QtUserDialogs::question(AlertStyle style, const QString& title, const QString& text,
+                                       const QStringList& buttons, const QString& checkBoxText)
+{
+    QMessageBox box(iconFor(style), title, text, QMessageBox::NoButton, parent);
+    box.setAccessibleName(title);
+    box.setAccessibleDescription(text);
+    QList<QPushButton*> pushButtons;
+    const QStringList labels = buttons.isEmpty() ? QStringList{QStringLiteral("OK")} : buttons;
+    for (int i = 0; i < labels.size(); ++i) {
+        // The first button is the default one; roles only decide the layout.
+        QPushButton* button = box.addButton(labels[i], i == 0 ? QMessageBox::AcceptRole : QMessageBox::RejectRole);
+        button->setAccessibleName(labels[i]);
+        pushButtons.append(button);
+    }
+    box.setDefaultButton(pushButtons.first());
+    if (!checkBoxText.isEmpty()) {
+        auto* check = new QCheckBox(checkBoxText, &box);
+        check->setAccessibleName(checkBoxText);
+        box.setCheckBox(check);
+    }
+    box.exec();
+
+    QuestionAnswer answer;
+    // Closing the box with Escape or the title bar answers with the last button, as a cancel.
+    const int pressed = int(pushButtons.indexOf(qobject_cast<QPushButton*>(box.clickedButton())));
+    answer.button = pressed >= 0 ? pressed : int(pushButtons.size()) - 1;
+    answer.checkBoxChecked = box.checkBox() && box.checkBox()->isChecked();
+    return answer;
+}
+
+QStringList QtUserDialogs::openPanel(const OpenPanelOptions& options)
+{
+    QFileDialog dialog(parent);
+    applyCommon(dialog, options.title, options.nameFilters, options.directory);
+    dialog.setAcceptMode(QFileDialog::AcceptOpen);
+    if (options.canChooseDirectories && !options.canChooseFiles)
+        dialog.setFileMode(QFileDialog::Directory);
+    else
+        dialog.setFileMode(options.allowsMultipleSelection ? QFileDialog::ExistingFiles : QFileDialog::ExistingFile);
+    addMessage(dialog, options.message);
+    if (dialog.exec() != QDialog::Accepted)
+        return {};
+    return dialog.selectedFiles();
+}
+
+QString QtUserDialogs::savePanel(const SavePanelOptions& options)
+{
+    QFileDialog dialog(parent);
+    applyCommon(dialog, options.title, options.nameFilters, options.directory);
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setFileMode(QFileDialog::AnyFile);
+    if (!options.defaultSuffix.isEmpty())
+        dialog.setDefaultSuffix(options.defaultSuffix);
+    if (!options.fileName.isEmpty())
+        dialog.selectFile(options.fileName);
+    addMessage(dialog, options.message);
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+        return {};
+    return dialog.selectedFiles().first();
+}
+
+} // namespace tb
