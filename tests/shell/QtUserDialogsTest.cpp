@@ -1,0 +1,101 @@
+#include "shell/QtUserDialogs.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QCheckBox>
+#include <QFileDialog>
+#include <QLabel>
+#include <QMessageBox>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+using namespace tb;
+
+namespace {
+
+// Runs `act` on the modal dialog once its event loop is running. A posted call, not a timer:
+// it is delivered by the dialog's own exec().
+template <typename Dialog> void whenShown(std::function<void(Dialog*)> act)
+{
+    QMetaObject::invokeMethod(
+        qApp,
+        [act] {
+            auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
+            ASSERT_NE(dialog, nullptr);
+            act(dialog);
+        },
+        Qt::QueuedConnection);
+}
+
+QAbstractButton* buttonLabelled(QMessageBox* box, const QString& text)
+{
+    for (QAbstractButton* button : box->buttons())
+        if (button->text() == text)
+            return button;
+    return nullptr;
+}
+
+} // namespace
+
+TEST(QtUserDialogs, QuestionReportsThePressedButtonAndTheCheckBox)
+{
+    QtUserDialogs dialogs;
+    whenShown<QMessageBox>([](QMessageBox* box) {
+        EXPECT_EQ(box->windowTitle(), QStringLiteral("Include subfolders?"));
+        EXPECT_EQ(box->text(), QStringLiteral("The folder has subfolders."));
+        EXPECT_EQ(box->icon(), QMessageBox::Warning);
+        ASSERT_NE(box->checkBox(), nullptr);
+        EXPECT_EQ(box->checkBox()->text(), QStringLiteral("Remember my choice"));
+        box->checkBox()->setChecked(true);
+        buttonLabelled(box, QStringLiteral("This Folder Only"))->click();
+    });
+    const QuestionAnswer answer = dialogs.question(
+        AlertStyle::Warning, QStringLiteral("Include subfolders?"), QStringLiteral("The folder has subfolders."),
+        {QStringLiteral("Include All"), QStringLiteral("This Folder Only"), QStringLiteral("Cancel")},
+        QStringLiteral("Remember my choice"));
+    EXPECT_EQ(answer.button, 1);
+    EXPECT_TRUE(answer.checkBoxChecked);
+}
+
+TEST(QtUserDialogs, EscapeAnswersWithTheLastButton)
+{
+    QtUserDialogs dialogs;
+    whenShown<QMessageBox>([](QMessageBox* box) {
+        EXPECT_EQ(box->checkBox(), nullptr);
+        box->reject();
+    });
+    const QuestionAnswer answer =
+        dialogs.question(AlertStyle::Information, QStringLiteral("Done"), QStringLiteral("Saved."),
+                         {QStringLiteral("OK"), QStringLiteral("Show in File Manager")});
+    EXPECT_EQ(answer.button, 1);
+    EXPECT_FALSE(answer.checkBoxChecked);
+}
+
+TEST(QtUserDialogs, SavePanelShowsItsMessageAndReturnsTheChosenPath)
+{
+    QTemporaryDir dir;
+    QtUserDialogs dialogs;
+    whenShown<QFileDialog>([&dir](QFileDialog* panel) {
+        EXPECT_EQ(panel->windowTitle(), QStringLiteral("Save Diagnostic Logs"));
+        EXPECT_EQ(panel->acceptMode(), QFileDialog::AcceptSave);
+        bool messageShown = false;
+        for (QLabel* label : panel->findChildren<QLabel*>())
+            messageShown |= label->text() == QStringLiteral("Choose where to save the diagnostic logs");
+        EXPECT_TRUE(messageShown);
+        panel->selectFile(dir.filePath(QStringLiteral("logs")));
+        static_cast<QDialog*>(panel)->accept(); // QFileDialog hides accept() behind protected
+    });
+    SavePanelOptions options;
+    options.title = QStringLiteral("Save Diagnostic Logs");
+    options.message = QStringLiteral("Choose where to save the diagnostic logs");
+    options.fileName = QStringLiteral("Tallowbrook_logs.txt");
+    options.defaultSuffix = QStringLiteral("txt");
+    options.directory = dir.path();
+    EXPECT_EQ(dialogs.savePanel(options), dir.filePath(QStringLiteral("logs.txt")));
+
+    whenShown<QFileDialog>([](QFileDialog* panel) { panel->reject(); });
+    EXPECT_EQ(dialogs.openPanel(OpenPanelOptions{}), QStringList{}) << "cancel gives nothing";
+}
