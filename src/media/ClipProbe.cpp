@@ -1,0 +1,27 @@
+#include "ClipProbe.h"
+
+extern "C" {
+#include <libavformat/avformat.h>
+}
+
+namespace tb {
+
+std::optional<double> clipDuration(const QString& filePath)
+{
+    AVFormatContext* format = nullptr;
+    if (avformat_open_input(&format, filePath.toUtf8().constData(), nullptr, nullptr) < 0)
+        return std::nullopt;
+    // Containers with a proper header (mp4, mov) know their duration at once; others (some avi)
+    // need a look at the streams.
+    if (format->duration == AV_NOPTS_VALUE && avformat_find_stream_info(format, nullptr) < 0) {
+        avformat_close_input(&format);
+        return std::nullopt;
+    }
+    const int64_t duration = format->duration;
+    avformat_close_input(&format);
+    if (duration == AV_NOPTS_VALUE || duration < 0)
+        return std::nullopt;
+    return double(duration) / AV_TIME_BASE;
+}
+
+} // namespace tb
