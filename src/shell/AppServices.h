@@ -1,29 +1,30 @@
 #pragma once
 
-#include "core/QtScheduler.h"
-#include "core/RandomSource.h"
-#include "core/RecordingAnalytics.h"
-#include "core/SettingsStore.h"
-#include "platform/LinuxFileRevealer.h"
-
 namespace tb {
 
-// The process-wide services, made once at start and handed to every main window.
-class AppServices {
-public:
-    SettingsStore& settings() { return settingsStore; }
-    Scheduler& scheduler() { return qtScheduler; }
-    RandomSource& random() { return randomSource; }
-    Analytics& analytics() { return recordingAnalytics; }
-    FileRevealer& fileRevealer() { return revealer; }
+class Analytics;
+class CommandBus;
+class DocumentReader;
+class FileRevealer;
+class MetadataService;
+class RandomSource;
+class Scheduler;
+class SettingsStore;
+class UpdaterControllerWrapper;
+class UserDialogs;
 
-private:
-    SettingsStore settingsStore;
-    QtScheduler qtScheduler;
-    SystemRandomSource randomSource;
-    // Events stay in memory until the network client is wired in.
-    RecordingAnalytics recordingAnalytics;
-    LinuxFileRevealer revealer;
+// The process-wide services every main window shares. main() builds the real ones; tests build
+// their own doubles.
+struct AppServices {
+    SettingsStore& settings;
+    Scheduler& scheduler;
+    RandomSource& random;
+    Analytics& analytics;
+    FileRevealer& fileRevealer;
+    UserDialogs& dialogs;
+    CommandBus& commands;
+    MetadataService& metadata;
+    UpdaterControllerWrapper& updater;
 };
 
 } // namespace tb

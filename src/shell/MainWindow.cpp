@@ -2,19 +2,25 @@
 
 #include "AppServices.h"
 #include "DiagnosticsExport.h"
-#include "QtUserDialogs.h"
+#include "UpdaterControllerWrapper.h"
 #include "core/Logger.h"
+#include "core/SettingsStore.h"
+#include "core/UserDialogs.h"
+#include "documents/SlideshowDocument.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QLabel>
 #include <QMenuBar>
+#include <QScreen>
+#include <QStyle>
 
 namespace tb {
 
 MainWindow::MainWindow(AppServices& services, QWidget* parent) : QMainWindow(parent), services(services)
 {
-    // The log comes up with the first window at the latest.
-    Logger::shared();
+    // documentReceived carries a document by type name (queued connections, signal spies).
+    qRegisterMetaType<SlideshowDocument>();
     setWindowTitle(QStringLiteral("Tallowbrook"));
     setMinimumSize(900, 700);
     auto* placeholder = new QLabel(tr("Drop photos, clips or folders here"), this);
@@ -22,17 +28,149 @@ MainWindow::MainWindow(AppServices& services, QWidget* parent) : QMainWindow(par
     placeholder->setAccessibleName(placeholder->text());
     setCentralWidget(placeholder);
     buildMenus();
+
+    connect(&services.settings, &SettingsStore::changed, this, [this](const QString& key) {
+        if (key != QLatin1String(Settings::floatOnTop.name))
+            return;
+        const bool floating = this->services.settings.value(Settings::floatOnTop);
+        floatOnTopAction->setChecked(floating);
+        setFloating(floating);
+    });
+}
+
+void MainWindow::showEvent(QShowEvent* event)
+{
+    QMainWindow::showEvent(event);
+    if (appeared)
+        return;
+    appeared = true;
+    logInfo(QStringLiteral("Initializing view"));
+    services.commands.subscribe(this,
+                                [this](Command command, const QVariantMap& userInfo) { handle(command, userInfo); });
+}
+
+void MainWindow::handle(Command command, const QVariantMap& userInfo)
+{
+    switch (command) {
+    case Command::startSlideshow:
+        startCommand();
+        break;
+    case Command::openSlideshowFromFinder: {
+        const QVariant document = userInfo.value(QStringLiteral("document"));
+        // Anything but a document under that key is ignored.
+        if (document.metaType() == QMetaType::fromType<SlideshowDocument>())
+            Q_EMIT documentReceived(document.value<SlideshowDocument>());
+        break;
+    }
+    case Command::idleThresholdReached:
+        // A screen-saver show needs something to show.
+        if (images.isEmpty())
+            return;
+        break;
+    case Command::saveSlideshow:
+    case Command::loadSlideshow:
+        // The save and open panels belong to the document services.
+        break;
+    }
+}
+
+void MainWindow::startCommand()
+{
+    if (images.isEmpty()) {
+        services.dialogs.alert(AlertStyle::Warning, QStringLiteral("No files added"),
+                               QStringLiteral("Please add files before running the slideshow."));
+        return;
+    }
 }
 
 void MainWindow::buildMenus()
 {
-    QMenu* help = menuBar()->addMenu(tr("&Help"));
-    QAction* exportLogs = help->addAction(QStringLiteral("Export Diagnostic Logs..."));
-    exportLogs->setShortcut(QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_L));
-    connect(exportLogs, &QAction::triggered, this, [this] {
-        QtUserDialogs dialogs(this);
-        exportDiagnosticLogs(Logger::shared(), dialogs, services.fileRevealer());
+    auto addCommand = [this](QMenu* menu, const QString& title, const QKeySequence& keys, auto slot) {
+        QAction* action = menu->addAction(title);
+        action->setShortcut(keys);
+        action->setShortcutContext(Qt::WindowShortcut);
+        connect(action, &QAction::triggered, this, slot);
+        return action;
+    };
+    auto post = [this](Command command) { return [this, command] { services.commands.post(command); }; };
+
+    QMenu* file = menuBar()->addMenu(tr("&File"));
+    addCommand(file, QStringLiteral("Open Slideshow..."), QKeySequence(Qt::CTRL | Qt::Key_O),
+               post(Command::loadSlideshow));
+    file->addSeparator();
+    addCommand(file, QStringLiteral("Save Slideshow..."), QKeySequence(Qt::CTRL | Qt::Key_S),
+               post(Command::saveSlideshow));
+    file->addSeparator();
+    addCommand(file, QStringLiteral("Start Slideshow"), QKeySequence(Qt::CTRL | Qt::Key_R),
+               post(Command::startSlideshow));
+    file->addSeparator();
+    addCommand(file, tr("Close Window"), QKeySequence::Close, [this] { close(); });
+    addCommand(file, tr("Quit"), QKeySequence::Quit, [] { QApplication::closeAllWindows(); });
+
+    QMenu* view = menuBar()->addMenu(tr("&View"));
+    floatOnTopAction = view->addAction(QStringLiteral("Float on Top"));
+    floatOnTopAction->setCheckable(true);
+    // The tick shows the stored value, which is deliberately not applied to the first window.
+    floatOnTopAction->setChecked(services.settings.value(Settings::floatOnTop));
+    connect(floatOnTopAction, &QAction::triggered, this, [this](bool checked) {
+        services.settings.set(Settings::floatOnTop, checked); // every window follows the setting
+        applyFloatOnTop(checked, true);
     });
+
+    QMenu* window = menuBar()->addMenu(tr("&Window"));
+    addCommand(window, QStringLiteral("New Slideshow"), QKeySequence(Qt::CTRL | Qt::Key_N),
+               [this] { openNewWindow(services); });
+    window->addSeparator();
+    addCommand(window, tr("Minimize"), QKeySequence(Qt::CTRL | Qt::Key_M), [this] { showMinimized(); });
+
+    QMenu* help = menuBar()->addMenu(tr("&Help"));
+    addCommand(help, tr("About Tallowbrook"), QKeySequence(), [this] {
+        services.dialogs.alert(AlertStyle::Information, tr("About Tallowbrook"),
+                               tr("Tallowbrook %1\nSlideshows of photos, animated pictures and clips.")
+                                   .arg(QApplication::applicationVersion()));
+    });
+    addCommand(help, QStringLiteral("Check for updates…"), QKeySequence(),
+               [this] { services.updater.checkForUpdates(services.dialogs); });
+    help->addSeparator();
+    addCommand(help, QStringLiteral("Export Diagnostic Logs..."), QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_L),
+               [this] { exportDiagnosticLogs(Logger::shared(), services.dialogs, services.fileRevealer); });
+}
+
+void MainWindow::setFloating(bool floating)
+{
+    if (bool(windowFlags() & Qt::WindowStaysOnTopHint) == floating)
+        return;
+    const bool wasVisible = isVisible();
+    setWindowFlag(Qt::WindowStaysOnTopHint, floating); // hides a shown window
+    if (wasVisible)
+        show();
+}
+
+void MainWindow::applyFloatOnTop(bool floatOnTop, bool orderFront)
+{
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        auto* window = qobject_cast<MainWindow*>(widget);
+        if (!window)
+            continue;
+        window->setFloating(floatOnTop);
+        if (orderFront && window->isVisible()) {
+            window->raise();
+            window->activateWindow();
+        }
+    }
+}
+
+MainWindow* MainWindow::openNewWindow(AppServices& services)
+{
+    auto* window = new MainWindow(services);
+    window->setAttribute(Qt::WA_DeleteOnClose);
+    window->resize(900, 700);
+    if (QScreen* screen = QGuiApplication::primaryScreen())
+        window->setGeometry(
+            QStyle::alignedRect(Qt::LeftToRight, Qt::AlignCenter, window->size(), screen->availableGeometry()));
+    window->setFloating(services.settings.value(Settings::floatOnTop));
+    window->show();
+    return window;
 }
 
 } // namespace tb

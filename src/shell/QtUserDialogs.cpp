@@ -1,5 +1,6 @@
 #include "QtUserDialogs.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QFileDialog>
 #include <QGridLayout>
@@ -50,10 +51,12 @@ void applyCommon(QFileDialog& dialog, const QString& title, const QStringList& n
 
 } // namespace
 
+QWidget* QtUserDialogs::owner() const { return parent ? parent : QApplication::activeWindow(); }
+
 QuestionAnswer QtUserDialogs::question(AlertStyle style, const QString& title, const QString& text,
                                        const QStringList& buttons, const QString& checkBoxText)
 {
-    QMessageBox box(iconFor(style), title, text, QMessageBox::NoButton, parent);
+    QMessageBox box(iconFor(style), title, text, QMessageBox::NoButton, owner());
     box.setAccessibleName(title);
     box.setAccessibleDescription(text);
     QList<QPushButton*> pushButtons;
@@ -82,7 +85,7 @@ QuestionAnswer QtUserDialogs::question(AlertStyle style, const QString& title, c
 
 QStringList QtUserDialogs::openPanel(const OpenPanelOptions& options)
 {
-    QFileDialog dialog(parent);
+    QFileDialog dialog(owner());
     applyCommon(dialog, options.title, options.nameFilters, options.directory);
     dialog.setAcceptMode(QFileDialog::AcceptOpen);
     if (options.canChooseDirectories && !options.canChooseFiles)
@@ -97,7 +100,7 @@ QStringList QtUserDialogs::openPanel(const OpenPanelOptions& options)
 
 QString QtUserDialogs::savePanel(const SavePanelOptions& options)
 {
-    QFileDialog dialog(parent);
+    QFileDialog dialog(owner());
     applyCommon(dialog, options.title, options.nameFilters, options.directory);
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setFileMode(QFileDialog::AnyFile);

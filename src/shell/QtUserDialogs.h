@@ -8,6 +8,7 @@ namespace tb {
 
 // The real dialogs: QMessageBox for questions and alerts, Qt's own QFileDialog for panels (the
 // same look on every desktop, and reachable over the accessibility bus).
+// Without a parent, each dialog belongs to the window that is active when it opens.
 class QtUserDialogs final : public UserDialogs {
 public:
     explicit QtUserDialogs(QWidget* parent = nullptr) : parent(parent) {}
@@ -18,6 +19,8 @@ public:
     QString savePanel(const SavePanelOptions& options) override;
 
 private:
+    QWidget* owner() const;
+
     QWidget* parent;
 };
 

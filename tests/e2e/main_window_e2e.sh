@@ -1,0 +1,61 @@
+#!/usr/bin/env bash
+# Starts the real program on a virtual X display and checks, as a person would, that its main
+# window is on screen and its log opened; then a second launch hands it a document.
+# Usage: main_window_e2e.sh <tallowbrook binary> <folder for the screenshot>
+set -euo pipefail
+app=$(realpath "$1")
+shots=${2:-.}
+
+if [ -z "${TB_E2E_INSIDE:-}" ]; then
+  export TB_E2E_INSIDE=1
+  exec xvfb-run -a -s "-screen 0 1280x900x24" bash "$0" "$@"
+fi
+
+work=$(mktemp -d)
+pid=""
+cleanup() {
+  [ -n "$pid" ] && kill "$pid" 2>/dev/null || true
+  rm -rf "$work"
+}
+trap cleanup EXIT
+export XDG_DATA_HOME=$work/data XDG_CONFIG_HOME=$work/config XDG_RUNTIME_DIR=$work/run
+mkdir -p "$XDG_DATA_HOME" "$XDG_CONFIG_HOME" "$XDG_RUNTIME_DIR"
+chmod 700 "$XDG_RUNTIME_DIR"
+export QT_QPA_PLATFORM=xcb
+log=$XDG_DATA_HOME/Tallowbrook/Logs/Tallowbrook_.log
+
+fail() { echo "e2e: FAILED: $*"; echo "--- program output"; cat "$work/out.txt" || true; exit 1; }
+# Polls a condition for up to 20 s.
+waitFor() { for _ in $(seq 1 200); do if eval "$1"; then return 0; fi; sleep 0.1; done; return 1; }
+
+"$app" >"$work/out.txt" 2>&1 &
+pid=$!
+
+waitFor "grep -q 'OS Version: ' '$log' 2>/dev/null" || fail "the log did not open"
+waitFor "xwininfo -root -tree | grep -q '\"Tallowbrook\"'" || fail "no main window on screen"
+sleep 1 # let the first frame reach the screen
+import -window root "$work/shot.png"
+cp "$work/shot.png" "$shots/e2e-main-window.png"
+
+for line in "=== Tallowbrook Log Started ===" "App Version: " "OS Version: "; do
+  grep -q "\]\[INFO\]\[Logger.cpp:[0-9]*\] $line" "$log" || fail "log line missing: $line"
+done
+[ "$(head -n 1 "$log" | grep -c 'Tallowbrook Log Started')" = 1 ] || fail "the log does not open with its banner"
+
+# The window paints a light surface over the black root: not blank, not black.
+mean=$(convert "$work/shot.png" -colorspace Gray -format '%[fx:mean]' info:)
+spread=$(convert "$work/shot.png" -colorspace Gray -format '%[fx:standard_deviation]' info:)
+awk -v m="$mean" -v s="$spread" 'BEGIN { exit !(m > 0.25 && s > 0.05) }' ||
+  fail "screenshot looks blank (mean $mean, deviation $spread)"
+
+# A second launch with a document hands it over and leaves at once.
+touch "$work/Trip.slideshow"
+timeout 20 "$app" "$work/Trip.slideshow" >"$work/second.txt" 2>&1 || fail "the second launch did not exit cleanly"
+grep -q "Tallowbrook Log Started" "$work/second.txt" && fail "the second launch started a program of its own"
+waitFor "grep -q 'Received file open request from Finder: \[file://$work/Trip.slideshow\]' '$log'" ||
+  fail "the running program did not receive the document"
+waitFor "grep -q 'Failed to open slideshow from Finder: ' '$log'" || fail "no failure line for the unreadable document"
+waitFor "xwininfo -root -tree | grep -q '\"Failed to Open Slideshow\"'" || fail "no alert for the unreadable document"
+import -window root "$shots/e2e-open-request.png"
+
+echo "e2e: main window shown (mean $mean, deviation $spread), log opened, document request forwarded"

@@ -1,0 +1,124 @@
+#include "ShellFixture.h"
+
+#include "documents/SlideshowDocument.h"
+
+#include <QAction>
+#include <QMenuBar>
+#include <QSignalSpy>
+
+using namespace tb;
+using tb::test::ShellFixture;
+
+namespace {
+
+QAction* findAction(MainWindow& window, const QString& text)
+{
+    for (QAction* menu : window.menuBar()->actions())
+        for (QAction* action : menu->menu()->actions())
+            if (action->text() == text)
+                return action;
+    return nullptr;
+}
+
+} // namespace
+
+using MainWindowTest = ShellFixture;
+
+TEST_F(MainWindowTest, EveryOpenWindowReactsToEachCommand)
+{
+    MainWindow& first = openWindow();
+    openWindow();
+    commands.post(Command::startSlideshow);
+    EXPECT_EQ(promptTitles(), (QStringList{QStringLiteral("No files added"), QStringLiteral("No files added")}));
+    EXPECT_EQ(dialogs.prompts[0].text, QStringLiteral("Please add files before running the slideshow."));
+
+    // The menu posts the command; a closed window no longer hears it.
+    windows.pop_back();
+    dialogs.prompts.clear();
+    findAction(first, QStringLiteral("Start Slideshow"))->trigger();
+    EXPECT_EQ(dialogs.prompts.size(), 1);
+
+    // With nothing queued the screen saver starts nothing, silently.
+    dialogs.prompts.clear();
+    commands.post(Command::idleThresholdReached);
+    EXPECT_TRUE(dialogs.prompts.isEmpty());
+}
+
+TEST_F(MainWindowTest, OnlyADocumentPayloadIsTakenAsADocument)
+{
+    MainWindow& a = openWindow();
+    MainWindow& b = openWindow();
+    QSignalSpy spyA(&a, &MainWindow::documentReceived);
+    QSignalSpy spyB(&b, &MainWindow::documentReceived);
+
+    commands.post(Command::openSlideshowFromFinder);
+    commands.post(Command::openSlideshowFromFinder, {{QStringLiteral("document"), QStringLiteral("a.slideshow")}});
+    commands.post(Command::openSlideshowFromFinder,
+                  {{QStringLiteral("doc"), QVariant::fromValue(SlideshowDocument{})}});
+    EXPECT_EQ(spyA.count(), 0);
+
+    SlideshowDocument document;
+    document.version = QStringLiteral("1.0");
+    commands.post(Command::openSlideshowFromFinder, {{QStringLiteral("document"), QVariant::fromValue(document)}});
+    ASSERT_EQ(spyA.count(), 1);
+    EXPECT_EQ(spyB.count(), 1);
+    EXPECT_EQ(spyA.at(0).at(0).value<SlideshowDocument>().version, QStringLiteral("1.0"));
+}
+
+TEST_F(MainWindowTest, MenusCarryTheirTitlesAndShortcuts)
+{
+    MainWindow& window = openWindow();
+    EXPECT_GE(window.width(), 900);
+    EXPECT_GE(window.height(), 700);
+    const std::vector<std::pair<const char*, QKeySequence>> table{
+        {"Open Slideshow...", QKeySequence(Qt::CTRL | Qt::Key_O)},
+        {"Save Slideshow...", QKeySequence(Qt::CTRL | Qt::Key_S)},
+        {"Start Slideshow", QKeySequence(Qt::CTRL | Qt::Key_R)},
+        {"New Slideshow", QKeySequence(Qt::CTRL | Qt::Key_N)},
+        {"Float on Top", QKeySequence()},
+        {"Check for updates…", QKeySequence()},
+        {"Export Diagnostic Logs...", QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_L)},
+    };
+    for (const auto& [title, keys] : table) {
+        QAction* action = findAction(window, QString::fromUtf8(title));
+        ASSERT_NE(action, nullptr) << title;
+        EXPECT_EQ(action->shortcut(), keys) << title;
+    }
+
+    int loadPosts = 0;
+    QObject listener;
+    commands.subscribe(&listener, [&](Command c, const QVariantMap&) { loadPosts += c == Command::loadSlideshow; });
+    findAction(window, QStringLiteral("Open Slideshow..."))->trigger();
+    EXPECT_EQ(loadPosts, 1);
+
+    findAction(window, QStringLiteral("Check for updates…"))->trigger();
+    EXPECT_EQ(promptTitles().last(), QStringLiteral("Check for Updates"));
+}
+
+TEST_F(MainWindowTest, FloatOnTopFollowsTheSettingButIsNotAppliedAtStart)
+{
+    settings.set(Settings::floatOnTop, true);
+    MainWindow& first = openWindow();
+    QAction* toggle = findAction(first, QStringLiteral("Float on Top"));
+    EXPECT_TRUE(toggle->isChecked()) << "the tick shows the stored value";
+    EXPECT_FALSE(first.windowFlags() & Qt::WindowStaysOnTopHint) << "the stored value is not applied at start";
+
+    // A new window takes the present value.
+    std::unique_ptr<MainWindow> second(MainWindow::openNewWindow(services));
+    second->setAttribute(Qt::WA_DeleteOnClose, false);
+    EXPECT_TRUE(second->windowFlags() & Qt::WindowStaysOnTopHint);
+    EXPECT_EQ(second->size(), QSize(900, 700));
+
+    // The toggle sets the key and every window's level.
+    toggle->trigger();
+    EXPECT_FALSE(settings.value(Settings::floatOnTop));
+    EXPECT_FALSE(second->windowFlags() & Qt::WindowStaysOnTopHint);
+    toggle->trigger();
+    EXPECT_TRUE(first.windowFlags() & Qt::WindowStaysOnTopHint);
+    EXPECT_TRUE(second->isVisible()) << "changing the level keeps the window on screen";
+
+    // A change made elsewhere (a settings panel) moves the levels and the ticks too.
+    settings.set(Settings::floatOnTop, false);
+    EXPECT_FALSE(first.windowFlags() & Qt::WindowStaysOnTopHint);
+    EXPECT_FALSE(findAction(*second, QStringLiteral("Float on Top"))->isChecked());
+}
