@@ -49,14 +49,14 @@ TEST_F(AppDelegateTest, ARequestBeforeAnyWindowIsDeliveredOnceToTheFirstWindow)
                                           "file:///docs/photo.jpg, file:///docs/OLD.SLIDESHOW]"),
                            QStringLiteral("Successfully processed file open request for: Trip.slideshow")}));
 
-    MainWindow& first = addWindow();
-    QSignalSpy firstSpy(&first, &MainWindow::documentReceived);
+    ContentView& first = addWindow();
+    QSignalSpy firstSpy(&first, &ContentView::documentReceived);
     first.show();
     ASSERT_EQ(firstSpy.count(), 1);
     EXPECT_EQ(firstSpy.at(0).at(0).value<SlideshowDocument>().version, QStringLiteral("Trip.slideshow"));
 
-    MainWindow& second = addWindow();
-    QSignalSpy secondSpy(&second, &MainWindow::documentReceived);
+    ContentView& second = addWindow();
+    QSignalSpy secondSpy(&second, &ContentView::documentReceived);
     second.show();
     commands.post(Command::saveSlideshow);
     EXPECT_EQ(secondSpy.count(), 0) << "the held document went to the first window only";
@@ -98,8 +98,8 @@ TEST_F(AppDelegateTest, AnUnreadableDocumentIsLoggedAndAlertedAfterTheRequest)
 TEST_F(AppDelegateTest, SessionsFollowHidingMinimisingAndQuitting)
 {
     analytics.beginSession();
-    MainWindow& a = openWindow();
-    MainWindow& b = openWindow();
+    ContentView& a = openWindow();
+    ContentView& b = openWindow();
     a.showMinimized();
     ASSERT_TRUE(QTest::qWaitFor([&] { return a.windowHandle()->windowStates() & Qt::WindowMinimized; }, 5000));
     delegate.windowDidMiniaturize();

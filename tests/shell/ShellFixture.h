@@ -8,7 +8,7 @@
 #include "media/MetadataService.h"
 #include "shell/AppServices.h"
 #include "shell/CommandBus.h"
-#include "shell/MainWindow.h"
+#include "shell/ContentView.h"
 #include "shell/UpdaterControllerWrapper.h"
 #include "support/ScriptedUserDialogs.h"
 
@@ -45,18 +45,18 @@ struct ShellFixture : ::testing::Test {
     MetadataService metadata;
     UpdaterControllerWrapper updater;
     AppServices services{settings, scheduler, random, analytics, revealer, dialogs, commands, metadata, updater};
-    std::vector<std::unique_ptr<MainWindow>> windows;
+    std::vector<std::unique_ptr<ContentView>> windows;
 
     // A window that has not appeared yet: it subscribes to commands when shown.
-    MainWindow& addWindow()
+    ContentView& addWindow()
     {
-        windows.push_back(std::make_unique<MainWindow>(services));
+        windows.push_back(std::make_unique<ContentView>(services));
         return *windows.back();
     }
 
-    MainWindow& openWindow()
+    ContentView& openWindow()
     {
-        MainWindow& window = addWindow();
+        ContentView& window = addWindow();
         window.show();
         return window;
     }

@@ -15,13 +15,13 @@ struct SlideshowDocument;
 
 // A main window: its own queue and controls, the shared services, and the program's menus.
 // Every open main window reacts to every command posted on the bus.
-class MainWindow final : public QMainWindow {
+class ContentView final : public QMainWindow {
     Q_OBJECT
 public:
-    explicit MainWindow(AppServices& services, QWidget* parent = nullptr);
+    explicit ContentView(AppServices& services, QWidget* parent = nullptr);
 
     // "New Slideshow": another main window with its own state, centred, at the present level.
-    static MainWindow* openNewWindow(AppServices& services);
+    static ContentView* openNewWindow(AppServices& services);
 
     const QList<IdentifiableImage>& queue() const { return images; }
 

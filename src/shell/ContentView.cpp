@@ -1,4 +1,4 @@
-#include "MainWindow.h"
+#include "ContentView.h"
 
 #include "AppServices.h"
 #include "DiagnosticsExport.h"
@@ -17,7 +17,7 @@
 
 namespace tb {
 
-MainWindow::MainWindow(AppServices& services, QWidget* parent) : QMainWindow(parent), services(services)
+ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(parent), services(services)
 {
     // documentReceived carries a document by type name (queued connections, signal spies).
     qRegisterMetaType<SlideshowDocument>();
@@ -38,7 +38,7 @@ MainWindow::MainWindow(AppServices& services, QWidget* parent) : QMainWindow(par
     });
 }
 
-void MainWindow::showEvent(QShowEvent* event)
+void ContentView::showEvent(QShowEvent* event)
 {
     QMainWindow::showEvent(event);
     if (appeared)
@@ -49,7 +49,7 @@ void MainWindow::showEvent(QShowEvent* event)
                                 [this](Command command, const QVariantMap& userInfo) { handle(command, userInfo); });
 }
 
-void MainWindow::handle(Command command, const QVariantMap& userInfo)
+void ContentView::handle(Command command, const QVariantMap& userInfo)
 {
     switch (command) {
     case Command::startSlideshow:
@@ -74,7 +74,7 @@ void MainWindow::handle(Command command, const QVariantMap& userInfo)
     }
 }
 
-void MainWindow::startCommand()
+void ContentView::startCommand()
 {
     if (images.isEmpty()) {
         services.dialogs.alert(AlertStyle::Warning, QStringLiteral("No files added"),
@@ -83,7 +83,7 @@ void MainWindow::startCommand()
     }
 }
 
-void MainWindow::buildMenus()
+void ContentView::buildMenus()
 {
     auto addCommand = [this](QMenu* menu, const QString& title, const QKeySequence& keys, auto slot) {
         QAction* action = menu->addAction(title);
@@ -136,7 +136,7 @@ void MainWindow::buildMenus()
                [this] { exportDiagnosticLogs(Logger::shared(), services.dialogs, services.fileRevealer); });
 }
 
-void MainWindow::setFloating(bool floating)
+void ContentView::setFloating(bool floating)
 {
     if (bool(windowFlags() & Qt::WindowStaysOnTopHint) == floating)
         return;
@@ -146,10 +146,10 @@ void MainWindow::setFloating(bool floating)
         show();
 }
 
-void MainWindow::applyFloatOnTop(bool floatOnTop, bool orderFront)
+void ContentView::applyFloatOnTop(bool floatOnTop, bool orderFront)
 {
     for (QWidget* widget : QApplication::topLevelWidgets()) {
-        auto* window = qobject_cast<MainWindow*>(widget);
+        auto* window = qobject_cast<ContentView*>(widget);
         if (!window)
             continue;
         window->setFloating(floatOnTop);
@@ -160,9 +160,9 @@ void MainWindow::applyFloatOnTop(bool floatOnTop, bool orderFront)
     }
 }
 
-MainWindow* MainWindow::openNewWindow(AppServices& services)
+ContentView* ContentView::openNewWindow(AppServices& services)
 {
-    auto* window = new MainWindow(services);
+    auto* window = new ContentView(services);
     window->setAttribute(Qt::WA_DeleteOnClose);
     window->resize(900, 700);
     if (QScreen* screen = QGuiApplication::primaryScreen())

@@ -11,7 +11,7 @@ using tb::test::ShellFixture;
 
 namespace {
 
-QAction* findAction(MainWindow& window, const QString& text)
+QAction* findAction(ContentView& window, const QString& text)
 {
     for (QAction* menu : window.menuBar()->actions())
         for (QAction* action : menu->menu()->actions())
@@ -22,11 +22,11 @@ QAction* findAction(MainWindow& window, const QString& text)
 
 } // namespace
 
-using MainWindowTest = ShellFixture;
+using ContentViewTest = ShellFixture;
 
-TEST_F(MainWindowTest, EveryOpenWindowReactsToEachCommand)
+TEST_F(ContentViewTest, EveryOpenWindowReactsToEachCommand)
 {
-    MainWindow& first = openWindow();
+    ContentView& first = openWindow();
     openWindow();
     commands.post(Command::startSlideshow);
     EXPECT_EQ(promptTitles(), (QStringList{QStringLiteral("No files added"), QStringLiteral("No files added")}));
@@ -44,12 +44,12 @@ TEST_F(MainWindowTest, EveryOpenWindowReactsToEachCommand)
     EXPECT_TRUE(dialogs.prompts.isEmpty());
 }
 
-TEST_F(MainWindowTest, OnlyADocumentPayloadIsTakenAsADocument)
+TEST_F(ContentViewTest, OnlyADocumentPayloadIsTakenAsADocument)
 {
-    MainWindow& a = openWindow();
-    MainWindow& b = openWindow();
-    QSignalSpy spyA(&a, &MainWindow::documentReceived);
-    QSignalSpy spyB(&b, &MainWindow::documentReceived);
+    ContentView& a = openWindow();
+    ContentView& b = openWindow();
+    QSignalSpy spyA(&a, &ContentView::documentReceived);
+    QSignalSpy spyB(&b, &ContentView::documentReceived);
 
     commands.post(Command::openSlideshowFromFinder);
     commands.post(Command::openSlideshowFromFinder, {{QStringLiteral("document"), QStringLiteral("a.slideshow")}});
@@ -65,9 +65,9 @@ TEST_F(MainWindowTest, OnlyADocumentPayloadIsTakenAsADocument)
     EXPECT_EQ(spyA.at(0).at(0).value<SlideshowDocument>().version, QStringLiteral("1.0"));
 }
 
-TEST_F(MainWindowTest, MenusCarryTheirTitlesAndShortcuts)
+TEST_F(ContentViewTest, MenusCarryTheirTitlesAndShortcuts)
 {
-    MainWindow& window = openWindow();
+    ContentView& window = openWindow();
     EXPECT_GE(window.width(), 900);
     EXPECT_GE(window.height(), 700);
     const std::vector<std::pair<const char*, QKeySequence>> table{
@@ -95,16 +95,16 @@ TEST_F(MainWindowTest, MenusCarryTheirTitlesAndShortcuts)
     EXPECT_EQ(promptTitles().last(), QStringLiteral("Check for Updates"));
 }
 
-TEST_F(MainWindowTest, FloatOnTopFollowsTheSettingButIsNotAppliedAtStart)
+TEST_F(ContentViewTest, FloatOnTopFollowsTheSettingButIsNotAppliedAtStart)
 {
     settings.set(Settings::floatOnTop, true);
-    MainWindow& first = openWindow();
+    ContentView& first = openWindow();
     QAction* toggle = findAction(first, QStringLiteral("Float on Top"));
     EXPECT_TRUE(toggle->isChecked()) << "the tick shows the stored value";
     EXPECT_FALSE(first.windowFlags() & Qt::WindowStaysOnTopHint) << "the stored value is not applied at start";
 
     // A new window takes the present value.
-    std::unique_ptr<MainWindow> second(MainWindow::openNewWindow(services));
+    std::unique_ptr<ContentView> second(ContentView::openNewWindow(services));
     second->setAttribute(Qt::WA_DeleteOnClose, false);
     EXPECT_TRUE(second->windowFlags() & Qt::WindowStaysOnTopHint);
     EXPECT_EQ(second->size(), QSize(900, 700));

@@ -1,0 +1,92 @@
+#include "TallowbrookApp.h"
+
+#include "ContentView.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QUrl>
+
+namespace tb {
+
+namespace {
+
+// Documents can be handed to the program before it can read them; each request then ends in
+// the "Failed to Open Slideshow" alert with this reason.
+class UnreadableDocuments final : public DocumentReader {
+public:
+    std::variant<SlideshowDocument, QString> read(const QString&) override
+    {
+        return QStringLiteral("This version of Tallowbrook cannot read slideshow documents yet.");
+    }
+};
+
+QList<QUrl> urlsFromArguments(const QStringList& arguments)
+{
+    QList<QUrl> urls;
+    for (const QString& argument : arguments.mid(1))
+        urls.append(QUrl::fromUserInput(argument, QDir::currentPath(), QUrl::AssumeLocalFile));
+    return urls;
+}
+
+} // namespace
+
+// The delegate, and with it the updater, is made first.
+TallowbrookApp::TallowbrookApp()
+    : documents(std::make_unique<UnreadableDocuments>()),
+      delegate(analytics, settings, commands, *documents, dialogs),
+      appServices{settings,  scheduler, random,
+                  analytics, revealer,  dialogs,
+                  commands,  metadata,  delegate.updaterControllerWrapper()},
+      instance(SingleInstance::defaultServerName())
+{
+}
+
+TallowbrookApp::~TallowbrookApp() = default;
+
+bool TallowbrookApp::start(const QStringList& arguments)
+{
+    const QList<QUrl> urls = urlsFromArguments(arguments);
+    QStringList paths;
+    for (const QUrl& url : urls)
+        paths.append(url.toLocalFile());
+    if (instance.forwardToRunningInstance(paths))
+        return false;
+
+    // Analytics starts before any window.
+    analytics.beginSession();
+
+    auto* window = new ContentView(appServices);
+    window->setAttribute(Qt::WA_DeleteOnClose);
+    window->resize(900, 700);
+    window->show();
+    delegate.applicationDidFinishLaunching();
+
+    instance.listen();
+    QObject::connect(&instance, &SingleInstance::filesRequested, &delegate, [this](const QStringList& files) {
+        QList<QUrl> requested;
+        for (const QString& file : files)
+            requested.append(QUrl::fromLocalFile(file));
+        delegate.openUrls(requested);
+    });
+    QObject::connect(&instance, &SingleInstance::activationRequested, &delegate, [this] { activateSomeWindow(); });
+
+    // Files named at launch arrive as an open request once the event loop runs.
+    if (!urls.isEmpty())
+        QMetaObject::invokeMethod(
+            &delegate, [this, urls] { delegate.openUrls(urls); }, Qt::QueuedConnection);
+    return true;
+}
+
+void TallowbrookApp::activateSomeWindow()
+{
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        if (auto* window = qobject_cast<ContentView*>(widget); window && window->isVisible()) {
+            window->showNormal();
+            window->raise();
+            window->activateWindow();
+            return;
+        }
+    }
+}
+
+} // namespace tb

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "AppDelegate.h"
+#include "AppServices.h"
+#include "CommandBus.h"
+#include "QtUserDialogs.h"
+#include "SingleInstance.h"
+#include "core/QtScheduler.h"
+#include "core/RandomSource.h"
+#include "core/RecordingAnalytics.h"
+#include "core/SettingsStore.h"
+#include "documents/DocumentReader.h"
+#include "media/MetadataService.h"
+#include "platform/LinuxFileRevealer.h"
+
+#include <QStringList>
+
+#include <memory>
+
+namespace tb {
+
+// The program: owns the process-wide services and starts them in their order.
+class TallowbrookApp {
+public:
+    TallowbrookApp();
+    ~TallowbrookApp();
+
+    // Hands the paths to an already running program instead, when there is one; returns false
+    // then, and the process should end.
+    bool start(const QStringList& arguments);
+
+    AppServices& services() { return appServices; }
+
+private:
+    void activateSomeWindow();
+
+    SettingsStore settings;
+    QtScheduler scheduler;
+    SystemRandomSource random;
+    // Events stay in memory until the network client is wired in.
+    RecordingAnalytics analytics;
+    LinuxFileRevealer revealer;
+    QtUserDialogs dialogs;
+    CommandBus commands;
+    MetadataService metadata;
+    std::unique_ptr<DocumentReader> documents;
+    AppDelegate delegate;
+    AppServices appServices;
+    SingleInstance instance;
+};
+
+} // namespace tb
