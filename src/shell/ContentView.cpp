@@ -63,13 +63,10 @@ void ContentView::handle(Command command, const QVariantMap& userInfo)
         break;
     }
     case Command::idleThresholdReached:
-        // A screen-saver show needs something to show.
-        if (images.isEmpty())
-            return;
-        break;
     case Command::saveSlideshow:
     case Command::loadSlideshow:
-        // The save and open panels belong to the document services.
+        // Screen-saver shows and the save and open panels come with playback and the document
+        // services; until then these commands find nothing to do.
         break;
     }
 }
