@@ -1,0 +1,170 @@
+#pragma once
+
+#include "core/Scheduler.h"
+#include "media/IdentifiableImage.h"
+#include "media/MediaTypes.h"
+#include "playback/SleepPreventer.h"
+
+#include <QColor>
+#include <QList>
+#include <QObject>
+#include <QSet>
+#include <QUrl>
+#include <QUuid>
+
+#include <functional>
+#include <optional>
+
+namespace tb {
+
+class PlaybackCaches;
+class RandomSource;
+class SettingsStore;
+class SleepInhibitor;
+class SlideshowAudio;
+class SlideshowManager;
+
+// What a single-photo show is opened with; fixed for its life.
+struct SlideshowConfiguration {
+    double slideshowDelay = 3.0;
+    bool randomOrder = false;
+    bool loopSlideshow = false;
+    TransitionType transitionType = TransitionType::none;
+    bool isManualMode = false;
+    double crossfadeDuration = 2.0;
+    ImageScalingMode imageScalingMode = ImageScalingMode::bestFit;
+    std::optional<QUuid> startingImageId;
+    bool screensaverMode = false;
+    std::function<void(const QList<IdentifiableImage>&)> onNewImagesAdded;
+    std::function<void(int)> onImagesRemoved;
+};
+
+struct PlayerServices {
+    Scheduler& scheduler;
+    RandomSource& random;
+    SlideshowManager& manager;
+    SlideshowAudio& audio;
+    PlaybackCaches& caches;
+    SleepInhibitor& sleepInhibitor;
+    SettingsStore& settings;
+};
+
+// The single-photo player: which item is on screen, when the next comes, and how shuffle, loop,
+// manual mode, history and pause combine, until the show ends. A plain state machine on the
+// Scheduler; its window only shows this state and forwards keys. Stopping is final: a new show
+// is a new player. The queue is the main window's, read through a reference, so live mode can
+// change it during the show.
+class SlideshowView final : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(int currentIndex READ currentIndex NOTIFY currentIndexChanged)
+    Q_PROPERTY(QUrl currentUrl READ currentUrl NOTIFY currentIndexChanged)
+    Q_PROPERTY(double remainingTime READ remainingTime NOTIFY remainingTimeChanged)
+    Q_PROPERTY(bool isPaused READ isPaused NOTIFY pausedChanged)
+    Q_PROPERTY(bool showPauseInfo READ showPauseInfo NOTIFY indicatorsChanged)
+    Q_PROPERTY(bool showResumeInfo READ showResumeInfo NOTIFY indicatorsChanged)
+    Q_PROPERTY(QColor backgroundColor READ backgroundColor CONSTANT)
+public:
+    SlideshowView(QList<IdentifiableImage>& images, SlideshowConfiguration configuration, PlayerServices services,
+                  QObject* parent = nullptr);
+    ~SlideshowView() override;
+
+    // Removes the player's window. Without it, the stop path reports that it has no window.
+    void setClosePlayer(std::function<void()> close) { closePlayer = std::move(close); }
+
+    void onAppear();
+    // The window went away (closed by hand, or after the stop path).
+    void onDisappear();
+    // Space, Escape, Left and Right; other keys are ignored.
+    void handleKey(int key);
+
+    void pauseSlideshow();
+    void resumeSlideshow();
+    // The arrow wrapper: the step, then a full delay for the new item.
+    void goForwardByArrow();
+    void goBackByArrow();
+    // Ends the show, once.
+    void stopSlideshow();
+
+    int currentIndex() const { return current; }
+    QUrl currentUrl() const;
+    double remainingTime() const { return remaining; }
+    bool isPaused() const { return paused; }
+    bool showPauseInfo() const { return pauseInfo; }
+    bool showResumeInfo() const { return resumeInfo; }
+    QColor backgroundColor() const { return background; }
+    bool hasStoppedSlideshow() const { return hasStopped; }
+    const QList<int>& shuffledIndices() const { return shuffled; }
+    int shuffledIndex() const { return shuffledPosition; }
+    const QList<int>& viewHistory() const { return history; }
+    int historyIndex() const { return historyPosition; }
+    const QSet<int>& allViewedImages() const { return viewed; }
+    TaskId pendingAdvance() const { return slideshowWorkItem; }
+
+    static constexpr int historyLimit = 100;
+
+Q_SIGNALS:
+    void currentIndexChanged();
+    void remainingTimeChanged();
+    void pausedChanged();
+    void indicatorsChanged();
+
+private:
+    bool mayArm() const;
+    void scheduleNextSequential();
+    void scheduleNextShuffled();
+    void arm(void (SlideshowView::*step)(), double delay);
+    void runStep(void (SlideshowView::*step)());
+    void advanceSequential();
+    void advanceShuffled();
+    void advanceAfterResume();
+    void goForward();
+    void goBack();
+    void moveToNext();
+    void addToHistory();
+
+    void setCurrentIndex(int index);
+    void setRemainingTime(double seconds);
+    void startCountdown();
+    void restartCountdown();
+    void showIndicator(bool& flag);
+    // A one-shot task that dies with this player.
+    void later(double seconds, std::function<void()> fn);
+    void onRunningChanged(bool running);
+    void stopAudioIfPlaying();
+    void cleanup();
+    // The order of play: every index of the queue, shuffled.
+    QList<int> freshShuffle();
+    // A subscript that would fall outside the queue or the order ends the show instead.
+    bool guard(bool inRange, const char* what);
+
+    void clearCachesForRefill();
+    void preloadIndices(const QList<int>& indices);
+    void preloadFrom(int firstIndex);
+    void preloadPositions(int firstPosition, int length);
+
+    QList<IdentifiableImage>& images;
+    const SlideshowConfiguration config;
+    PlayerServices services;
+    SleepPreventer sleepPreventer;
+    std::function<void()> closePlayer;
+
+    QColor background = Qt::black;
+    int current = 0;
+    QList<int> shuffled;
+    int shuffledPosition = 0;
+    bool hasCompletedLoop = false;
+    QList<int> history;
+    int historyPosition = -1;
+    QSet<int> viewed;
+    TaskId slideshowWorkItem = 0;
+    double remaining = 0;
+    TaskId timer = 0;
+    QList<TaskId> helperTasks; // the shuffled first arm and the indicator fades
+    bool paused = false;
+    bool pauseInfo = false;
+    bool resumeInfo = false;
+    bool isVideoPlaying = true;
+    bool hasStopped = false;
+};
+
+} // namespace tb

@@ -1,0 +1,363 @@
+#include "PlayerHarness.h"
+
+#include <gtest/gtest.h>
+
+using namespace tb;
+using namespace tb::test;
+
+namespace {
+
+SlideshowConfiguration timed(bool randomOrder, bool loop, double delay = 3.0)
+{
+    SlideshowConfiguration c;
+    c.slideshowDelay = delay;
+    c.randomOrder = randomOrder;
+    c.loopSlideshow = loop;
+    return c;
+}
+
+int count(const LogCapture& log, const char* message)
+{
+    return int(log.messages(LogLevel::Info).count(QString::fromUtf8(message)));
+}
+
+} // namespace
+
+// The timer row of the combinations: who ends the show, and how.
+TEST(SlideshowView, TimedStepsInEachOfTheFourModes)
+{
+    for (bool shuffled : {false, true}) {
+        for (bool loop : {false, true}) {
+            SCOPED_TRACE(testing::Message() << "shuffled " << shuffled << " loop " << loop);
+            LogCapture log;
+            PlayerHarness h;
+            SlideshowView& p = h.start(3, timed(shuffled, loop));
+            const double first = shuffled ? 3.1 : 3.0; // the first shuffled arm waits 0.1 s more
+            QList<int> shown{p.currentIndex()};
+            h.scheduler.advance(first);
+            shown.append(p.currentIndex());
+            h.scheduler.advance(3.0);
+            shown.append(p.currentIndex());
+            EXPECT_EQ(QSet<int>(shown.begin(), shown.end()).size(), 3) << "every item once";
+            if (shuffled) {
+                EXPECT_TRUE(h.shuffleInvariantHolds());
+            }
+
+            h.scheduler.advance(3.0); // the wrap point
+            if (!loop) {
+                EXPECT_FALSE(h.manager.isSlideshowRunning());
+                EXPECT_TRUE(p.hasStoppedSlideshow());
+                EXPECT_EQ(h.closes, 1);
+                EXPECT_EQ(count(log, "stopSlideshow() method executed"), 1);
+                EXPECT_EQ(count(log, shuffled ? "[SlideshowView] Reached end of shuffled images. Stopping slideshow "
+                                                "(no loop)."
+                                              : "SlideshowView: Slideshow ended"),
+                          1);
+                EXPECT_EQ(h.scheduler.pendingCount(), 0) << "nothing left armed";
+            } else {
+                EXPECT_TRUE(h.manager.isSlideshowRunning());
+                EXPECT_GE(h.caches.pictureClears, 1) << "caches are emptied at the wrap";
+                EXPECT_EQ(p.shuffledIndex(), 0);
+                if (shuffled) {
+                    EXPECT_EQ(count(log, "[Slideshow] Re-shuffling after completing full cycle of 3 images"), 1);
+                    EXPECT_TRUE(h.shuffleInvariantHolds());
+                } else {
+                    EXPECT_EQ(p.currentIndex(), 0);
+                }
+                EXPECT_NE(p.pendingAdvance(), 0u);
+            }
+        }
+    }
+}
+
+// The right-arrow row: at the end of the history the arrow moves on or ends the show.
+TEST(SlideshowView, RightArrowAtTheEndOfTheHistory)
+{
+    for (bool shuffled : {false, true}) {
+        for (bool loop : {false, true}) {
+            SCOPED_TRACE(testing::Message() << "shuffled " << shuffled << " loop " << loop);
+            LogCapture log;
+            PlayerHarness h;
+            SlideshowView& p = h.start(3, timed(shuffled, loop));
+            const QList<int> order = p.shuffledIndices();
+            p.goForwardByArrow();
+            p.goForwardByArrow();
+            EXPECT_EQ(p.allViewedImages().size(), 3);
+            p.goForwardByArrow();
+            if (!loop) {
+                EXPECT_TRUE(p.hasStoppedSlideshow());
+                EXPECT_EQ(count(log, "[SlideshowView] All images viewed. Stopping slideshow (no loop)."), 1);
+            } else {
+                EXPECT_FALSE(p.hasStoppedSlideshow());
+                EXPECT_EQ(p.allViewedImages().size(), 2) << "reset when full, then the new item";
+                if (shuffled) {
+                    EXPECT_EQ(p.shuffledIndex(), 0);
+                    EXPECT_EQ(p.shuffledIndices(), order) << "same permutation on the arrow's wrap";
+                    EXPECT_TRUE(h.shuffleInvariantHolds());
+                } else {
+                    EXPECT_EQ(p.currentIndex(), 0);
+                }
+            }
+        }
+    }
+}
+
+TEST(SlideshowView, LeftArrowWalksTheHistoryOnlyAndRestartsTheWait)
+{
+    PlayerHarness h;
+    SlideshowView& p = h.start(5, timed(false, false));
+    p.goBackByArrow();
+    EXPECT_EQ(p.currentIndex(), 0) << "no wrap at the start of the history";
+    h.scheduler.advance(2.0);
+    p.goBackByArrow();
+    h.scheduler.advance(2.9);
+    EXPECT_EQ(p.currentIndex(), 0) << "the arrow gave a full delay";
+    h.scheduler.advance(0.1);
+    EXPECT_EQ(p.currentIndex(), 1);
+
+    p.goForwardByArrow(); // 2
+    p.goBackByArrow();    // 1
+    p.goBackByArrow();    // 0
+    const auto viewed = p.allViewedImages();
+    p.goForwardByArrow();
+    EXPECT_EQ(p.currentIndex(), 1) << "forward walks the history first";
+    EXPECT_EQ(p.allViewedImages(), viewed);
+    p.goForwardByArrow();
+    p.goForwardByArrow();
+    EXPECT_EQ(p.currentIndex(), 3) << "and moves on at its end";
+}
+
+// The resume row: the first step after a resume is a simpler one.
+TEST(SlideshowView, FirstStepAfterAResume)
+{
+    for (bool shuffled : {false, true}) {
+        for (bool loop : {false, true}) {
+            SCOPED_TRACE(testing::Message() << "shuffled " << shuffled << " loop " << loop);
+            LogCapture log;
+            PlayerHarness h;
+            SlideshowView& p = h.start(2, timed(shuffled, loop));
+            p.goForwardByArrow(); // to the last item (or position)
+            p.pauseSlideshow();
+            h.scheduler.advance(30);
+            p.resumeSlideshow();
+            h.scheduler.advance(3.0);
+            if (!shuffled && !loop) {
+                EXPECT_FALSE(h.manager.isSlideshowRunning());
+                EXPECT_EQ(count(log, "SlideshowView: Slideshow ended"), 0) << "this end is silent";
+                EXPECT_EQ(count(log, "stopSlideshow() method executed"), 1);
+            } else {
+                EXPECT_TRUE(h.manager.isSlideshowRunning()) << "wraps, never ends";
+                if (shuffled) {
+                    EXPECT_EQ(p.shuffledIndex(), 0);
+                    EXPECT_TRUE(h.shuffleInvariantHolds());
+                    EXPECT_EQ(count(log, "[Slideshow] Re-shuffling after completing full cycle of 2 images"), 0);
+                } else {
+                    EXPECT_EQ(p.currentIndex(), 0);
+                }
+            }
+        }
+    }
+}
+
+TEST(SlideshowView, PauseKeepsTheCountdownAndAResumeWaitsAtLeastATenth)
+{
+    PlayerHarness h;
+    SlideshowView& p = h.start(3, timed(false, false, 2.95));
+    h.scheduler.advance(2.9);
+    EXPECT_NEAR(p.remainingTime(), 0.05, 1e-9);
+    p.pauseSlideshow();
+    EXPECT_TRUE(p.showPauseInfo());
+    EXPECT_EQ(p.pendingAdvance(), 0u);
+    h.scheduler.advance(10);
+    EXPECT_FALSE(p.showPauseInfo()) << "the indicator fades after a second";
+    EXPECT_EQ(p.currentIndex(), 0);
+    EXPECT_NEAR(p.remainingTime(), 0.05, 1e-9) << "the countdown stands still while paused";
+
+    // An arrow while paused changes the item and resets the countdown, and arms nothing.
+    p.goForwardByArrow();
+    EXPECT_EQ(p.currentIndex(), 1);
+    EXPECT_EQ(p.pendingAdvance(), 0u);
+    h.scheduler.advance(1);
+    EXPECT_DOUBLE_EQ(p.remainingTime(), 2.95);
+
+    h.scheduler.advance(30);
+    p.pauseSlideshow(); // already paused: still paused
+    p.resumeSlideshow();
+    EXPECT_TRUE(p.showResumeInfo());
+    h.scheduler.advance(2.9);
+    EXPECT_EQ(p.currentIndex(), 1);
+    h.scheduler.advance(0.1);
+    EXPECT_EQ(p.currentIndex(), 2);
+
+    // A resume at 0.05 s left waits 0.1 s. (The last change came 0.05 s ago.)
+    h.scheduler.advance(2.85);
+    EXPECT_NEAR(p.remainingTime(), 0.05, 1e-9);
+    p.pauseSlideshow();
+    p.resumeSlideshow();
+    h.scheduler.advance(0.09);
+    EXPECT_FALSE(p.hasStoppedSlideshow());
+    h.scheduler.advance(0.01);
+    EXPECT_FALSE(h.manager.isSlideshowRunning());
+}
+
+TEST(SlideshowView, ManualShowsArmNothingAndAResumeRestartsOnlyTheAudio)
+{
+    PlayerHarness h;
+    h.audio.tracks = 1;
+    SlideshowConfiguration c = timed(false, false);
+    c.isManualMode = true;
+    SlideshowView& p = h.start(3, c);
+    h.scheduler.advance(100);
+    EXPECT_EQ(p.currentIndex(), 0);
+    EXPECT_EQ(p.remainingTime(), 0.0) << "the countdown runs in manual mode too";
+    p.pauseSlideshow();
+    EXPECT_FALSE(p.showPauseInfo());
+    h.audio.calls.clear();
+    p.resumeSlideshow();
+    EXPECT_EQ(h.audio.calls, QStringList{QStringLiteral("play")});
+    EXPECT_EQ(p.pendingAdvance(), 0u);
+    p.goForwardByArrow();
+    EXPECT_EQ(p.currentIndex(), 1);
+    EXPECT_EQ(p.pendingAdvance(), 0u);
+}
+
+TEST(SlideshowView, OneItemShows)
+{
+    {
+        LogCapture log;
+        PlayerHarness h;
+        h.start(1, timed(true, false));
+        h.scheduler.advance(3.1);
+        EXPECT_EQ(count(log, "[SlideshowView] Reached end of shuffled images. Stopping slideshow (no loop)."), 1);
+        EXPECT_FALSE(h.manager.isSlideshowRunning());
+    }
+    {
+        LogCapture log;
+        PlayerHarness h;
+        h.start(1, timed(false, false));
+        h.scheduler.advance(3.0);
+        EXPECT_EQ(count(log, "SlideshowView: Slideshow ended"), 1);
+        EXPECT_EQ(h.closes, 1);
+    }
+    {
+        PlayerHarness h;
+        SlideshowView& p = h.start(1, timed(false, true));
+        h.scheduler.advance(30.0);
+        EXPECT_TRUE(h.manager.isSlideshowRunning()) << "with loop the item is entered again every delay";
+        EXPECT_EQ(p.viewHistory().size(), 11);
+    }
+}
+
+TEST(SlideshowView, HistoryKeepsTheLastHundredSteps)
+{
+    PlayerHarness h;
+    SlideshowView& p = h.start(7, timed(false, true, 1.0));
+    h.scheduler.advance(100.0);
+    EXPECT_EQ(p.viewHistory().size(), 100) << "101 entries, the oldest dropped";
+    EXPECT_EQ(p.historyIndex(), 99);
+    EXPECT_EQ(p.viewHistory().last(), p.currentIndex());
+    h.scheduler.advance(50.0);
+    EXPECT_EQ(p.viewHistory().size(), 100);
+}
+
+TEST(SlideshowView, TheStopPathRunsOnceInItsOrder)
+{
+    LogCapture log;
+    PlayerHarness h;
+    h.audio.tracks = 2;
+    SlideshowView& p = h.start(4, timed(false, false));
+    h.audio.calls.clear();
+    p.handleKey(Qt::Key_Escape);
+    p.stopSlideshow();
+    p.onDisappear(); // the window going away afterwards changes nothing more
+
+    const QStringList lines = log.messages(LogLevel::Info);
+    const QStringList expected{QStringLiteral("[Slideshow] View appeared"),
+                               QStringLiteral("Display sleep prevented (assertionID: 41)"),
+                               QStringLiteral("ESC key pressed."),
+                               QStringLiteral("stopSlideshow() method executed"),
+                               QStringLiteral("Audio playback paused"),
+                               QStringLiteral("[Slideshow] Performing cleanup (caches, sleep prevention)."),
+                               QStringLiteral("Display sleep allowed (released assertionID: 41)"),
+                               QStringLiteral("[Slideshow] Closing window directly."),
+                               QStringLiteral("Audio playback stopped")};
+    EXPECT_EQ(lines, expected);
+    EXPECT_EQ(h.audio.calls, (QStringList{QStringLiteral("pause"), QStringLiteral("play"), QStringLiteral("stop")}))
+        << "the playlist is started right before it is stopped";
+    EXPECT_EQ(h.closes, 1);
+    EXPECT_EQ(h.caches.pictureClears, 1);
+    EXPECT_EQ(h.caches.thumbnailClears, 1);
+    EXPECT_EQ(h.caches.videoThumbnailClears, 1);
+    EXPECT_EQ(h.inhibitor.released, QList<quint32>{41});
+    EXPECT_FALSE(h.manager.isSlideshowRunning());
+    EXPECT_EQ(h.scheduler.pendingCount(), 0);
+}
+
+TEST(SlideshowView, StopsWhenAnyoneClearsTheRunningFlagAndReportsAMissingWindow)
+{
+    LogCapture log;
+    PlayerHarness h;
+    SlideshowView& p = h.start(3, timed(false, false), /*withWindow=*/false);
+    h.manager.setSlideshowRunning(false);
+    EXPECT_TRUE(p.hasStoppedSlideshow());
+    EXPECT_EQ(log.messages(LogLevel::Error), QStringList{QStringLiteral("[Slideshow] Could not get keyWindow.")});
+    EXPECT_EQ(h.scheduler.pendingCount(), 0);
+}
+
+TEST(SlideshowView, AnEmptiedShuffledQueueEndsTheShowNotTheProgram)
+{
+    LogCapture log;
+    PlayerHarness h;
+    SlideshowView& p = h.start(3, timed(true, true));
+    h.images.clear(); // live mode took every file away
+    h.scheduler.advance(3.1);
+    h.scheduler.advance(3.0);
+    h.scheduler.advance(3.0);
+    h.scheduler.advance(3.0);
+    EXPECT_TRUE(p.hasStoppedSlideshow());
+    EXPECT_EQ(log.messages(LogLevel::Error).size(), 1);
+}
+
+TEST(SlideshowView, AClipPlayedToItsEndArmsNoTimer)
+{
+    PlayerHarness h;
+    h.settings.set(Settings::videoPlaybackMode, QStringLiteral("fullVideo"));
+    h.images = makeQueue(0);
+    h.manager.setSlideshowRunning(true);
+    h.images.append(IdentifiableImage(QUuid::createUuid(), QUrl::fromLocalFile(QStringLiteral("/c.mp4")),
+                                      QStringLiteral("c.mp4"), QStringLiteral("/"), std::nullopt, false, true, 8.0));
+    h.images.append(makeQueue(1));
+    SlideshowView p(h.images, timed(false, false),
+                    PlayerServices{h.scheduler, h.random, h.manager, h.audio, h.caches, h.inhibitor, h.settings});
+    p.onAppear();
+    EXPECT_EQ(p.pendingAdvance(), 0u);
+    h.settings.set(Settings::videoPlaybackMode, QStringLiteral("useDelay"));
+    p.goBackByArrow(); // re-arms under the other mode
+    EXPECT_NE(p.pendingAdvance(), 0u);
+}
+
+TEST(SleepPreventer, HoldsAndReleasesWithItsLogLines)
+{
+    LogCapture log;
+    FakeInhibitor inhibitor;
+    SleepPreventer preventer(inhibitor);
+    preventer.allowSleep();
+    EXPECT_TRUE(log.messages(LogLevel::Info).isEmpty()) << "nothing held, nothing said";
+    preventer.preventSleep();
+    preventer.allowSleep();
+    inhibitor.failure = QStringLiteral("org.freedesktop.DBus.Error.ServiceUnknown");
+    preventer.preventSleep();
+    EXPECT_EQ(log.messages(LogLevel::Info),
+              (QStringList{QStringLiteral("Display sleep prevented (assertionID: 41)"),
+                           QStringLiteral("Display sleep allowed (released assertionID: 41)"),
+                           QStringLiteral("Failed to prevent display sleep (error code: "
+                                          "org.freedesktop.DBus.Error.ServiceUnknown)")}));
+
+    inhibitor.failure.clear();
+    preventer.preventSleep();
+    inhibitor.failure = QStringLiteral("org.freedesktop.DBus.Error.NoReply");
+    preventer.allowSleep();
+    EXPECT_EQ(preventer.assertionID(), 42u) << "a failed release keeps the id for the next try";
+    EXPECT_EQ(log.messages(LogLevel::Info).last(),
+              QStringLiteral("Failed to allow display sleep (error code: org.freedesktop.DBus.Error.NoReply)"));
+}
