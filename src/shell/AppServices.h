@@ -4,12 +4,16 @@ namespace tb {
 
 class Analytics;
 class CommandBus;
-class DocumentReader;
+class DisplayManager;
 class FileRevealer;
 class MetadataService;
+class PlaybackCaches;
 class RandomSource;
 class Scheduler;
 class SettingsStore;
+class SleepInhibitor;
+class SlideshowAudio;
+class SlideshowManager;
 class UpdaterControllerWrapper;
 class UserDialogs;
 
@@ -25,6 +29,11 @@ struct AppServices {
     CommandBus& commands;
     MetadataService& metadata;
     UpdaterControllerWrapper& updater;
+    SlideshowManager& slideshowManager;
+    SlideshowAudio& audio;
+    PlaybackCaches& caches;
+    SleepInhibitor& sleepInhibitor;
+    DisplayManager& displays;
 };
 
 } // namespace tb

@@ -2,18 +2,24 @@
 
 #include "AppServices.h"
 #include "DiagnosticsExport.h"
+#include "ScreenPlayerPresenter.h"
 #include "UpdaterControllerWrapper.h"
 #include "core/Logger.h"
 #include "core/SettingsStore.h"
 #include "core/UserDialogs.h"
 #include "documents/SlideshowDocument.h"
+#include "playback/SessionControl.h"
+#include "playback/SlideshowManager.h"
 
 #include <QAction>
 #include <QApplication>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QMenuBar>
+#include <QPushButton>
 #include <QScreen>
 #include <QStyle>
+#include <QVBoxLayout>
 
 namespace tb {
 
@@ -23,10 +29,42 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
     qRegisterMetaType<SlideshowDocument>();
     setWindowTitle(QStringLiteral("Tallowbrook"));
     setMinimumSize(900, 700);
-    auto* placeholder = new QLabel(tr("Drop photos, clips or folders here"), this);
+
+    playerPresenter = std::make_unique<ScreenPlayerPresenter>(services, this);
+    sessionControl = std::make_unique<SessionControl>(
+        images, SessionControl::Services{services.settings, services.slideshowManager, services.audio,
+                                         services.analytics, services.random, services.dialogs, *playerPresenter});
+
+    auto* content = new QWidget(this);
+    auto* layout = new QVBoxLayout(content);
+    auto* placeholder = new QLabel(tr("Drop photos, clips or folders here"), content);
     placeholder->setAlignment(Qt::AlignCenter);
     placeholder->setAccessibleName(placeholder->text());
-    setCentralWidget(placeholder);
+    layout->addWidget(placeholder, 1);
+
+    auto* controls = new QHBoxLayout;
+    runningWarning = new QLabel(QStringLiteral("Slideshow is running. Stop it to start another one."), content);
+    runningWarning->setAccessibleName(runningWarning->text());
+    auto* warningIcon = new QLabel(content);
+    warningIcon->setPixmap(style()->standardIcon(QStyle::SP_MessageBoxWarning).pixmap(16, 16));
+    controls->addStretch(1);
+    controls->addWidget(warningIcon);
+    controls->addWidget(runningWarning);
+    startButton = new QPushButton(QStringLiteral("Start"), content);
+    startButton->setAccessibleName(startButton->text());
+    startButton->setDefault(true);
+    controls->addWidget(startButton);
+    layout->addLayout(controls);
+    setCentralWidget(content);
+    connect(startButton, &QPushButton::clicked, this, [this] { sessionControl->startCommand(); });
+    // The button's disabled state is the guard against a second show.
+    connect(&services.slideshowManager, &SlideshowManager::isSlideshowRunningChanged, this,
+            &ContentView::showRunningState);
+    connect(&services.slideshowManager, &SlideshowManager::isSlideshowRunningChanged, warningIcon,
+            &QWidget::setVisible);
+    warningIcon->setVisible(services.slideshowManager.isSlideshowRunning());
+    showRunningState(services.slideshowManager.isSlideshowRunning());
+
     buildMenus();
 
     connect(&services.settings, &SettingsStore::changed, this, [this](const QString& key) {
@@ -36,6 +74,19 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
         floatOnTopAction->setChecked(floating);
         setFloating(floating);
     });
+}
+
+// The session goes first: its presenter closes a running show, which reads the queue.
+ContentView::~ContentView()
+{
+    sessionControl.reset();
+    playerPresenter.reset();
+}
+
+void ContentView::showRunningState(bool running)
+{
+    startButton->setEnabled(!running);
+    runningWarning->setVisible(running);
 }
 
 void ContentView::showEvent(QShowEvent* event)
@@ -53,7 +104,8 @@ void ContentView::handle(Command command, const QVariantMap& userInfo)
 {
     switch (command) {
     case Command::startSlideshow:
-        startCommand();
+        // The menu's path has no guard of its own.
+        sessionControl->startCommand();
         break;
     case Command::openSlideshowFromFinder: {
         const QVariant document = userInfo.value(QStringLiteral("document"));
@@ -63,20 +115,12 @@ void ContentView::handle(Command command, const QVariantMap& userInfo)
         break;
     }
     case Command::idleThresholdReached:
+        sessionControl->screensaverStart();
+        break;
     case Command::saveSlideshow:
     case Command::loadSlideshow:
-        // Screen-saver shows and the save and open panels come with playback and the document
-        // services; until then these commands find nothing to do.
+        // The save and open panels come with the document services.
         break;
-    }
-}
-
-void ContentView::startCommand()
-{
-    if (images.isEmpty()) {
-        services.dialogs.alert(AlertStyle::Warning, QStringLiteral("No files added"),
-                               QStringLiteral("Please add files before running the slideshow."));
-        return;
     }
 }
 

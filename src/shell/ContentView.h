@@ -6,12 +6,18 @@
 #include <QList>
 #include <QMainWindow>
 
+#include <memory>
+
 class QAction;
+class QLabel;
+class QPushButton;
 
 namespace tb {
 
 struct AppServices;
 struct SlideshowDocument;
+class ScreenPlayerPresenter;
+class SessionControl;
 
 // A main window: its own queue and controls, the shared services, and the program's menus.
 // Every open main window reacts to every command posted on the bus.
@@ -19,11 +25,14 @@ class ContentView final : public QMainWindow {
     Q_OBJECT
 public:
     explicit ContentView(AppServices& services, QWidget* parent = nullptr);
+    ~ContentView() override;
 
     // "New Slideshow": another main window with its own state, centred, at the present level.
     static ContentView* openNewWindow(AppServices& services);
 
-    const QList<IdentifiableImage>& queue() const { return images; }
+    QList<IdentifiableImage>& queue() { return images; }
+    SessionControl& session() { return *sessionControl; }
+    ScreenPlayerPresenter& presenter() { return *playerPresenter; }
 
     // Sets or clears the floating level of every main window; ordering to the front is for the
     // menu toggle only.
@@ -39,12 +48,17 @@ protected:
 private:
     void buildMenus();
     void handle(Command command, const QVariantMap& userInfo);
-    void startCommand();
     void setFloating(bool floating);
+    void showRunningState(bool running);
 
     AppServices& services;
+    // Declared before the session and its presenter, which hold references to it.
     QList<IdentifiableImage> images;
+    std::unique_ptr<ScreenPlayerPresenter> playerPresenter;
+    std::unique_ptr<SessionControl> sessionControl;
     QAction* floatOnTopAction = nullptr;
+    QPushButton* startButton = nullptr;
+    QLabel* runningWarning = nullptr;
     bool appeared = false;
 };
 

@@ -20,6 +20,15 @@ public:
     }
 };
 
+// Shows ask the picture caches to empty and refill; until the caches exist there is nothing to do.
+class NoPictureCaches final : public PlaybackCaches {
+public:
+    void clearPictures() override {}
+    void clearThumbnails() override {}
+    void clearVideoThumbnails() override {}
+    void preload(const QList<IdentifiableImage>&) override {}
+};
+
 QList<QUrl> urlsFromArguments(const QStringList& arguments)
 {
     QList<QUrl> urls;
@@ -33,10 +42,13 @@ QList<QUrl> urlsFromArguments(const QStringList& arguments)
 // The delegate, and with it the updater, is made first.
 TallowbrookApp::TallowbrookApp()
     : documents(std::make_unique<UnreadableDocuments>()),
+      caches(std::make_unique<NoPictureCaches>()),
       delegate(analytics, settings, commands, *documents, dialogs),
-      appServices{settings,  scheduler, random,
-                  analytics, revealer,  dialogs,
-                  commands,  metadata,  delegate.updaterControllerWrapper()},
+      appServices{settings,         scheduler, random,
+                  analytics,        revealer,  dialogs,
+                  commands,         metadata,  delegate.updaterControllerWrapper(),
+                  slideshowManager, audio,     *caches,
+                  sleepInhibitor,   displays},
       instance(SingleInstance::defaultServerName())
 {
 }

@@ -5,13 +5,18 @@
 #include "CommandBus.h"
 #include "QtUserDialogs.h"
 #include "SingleInstance.h"
+#include "audio/SlideshowAudio.h"
 #include "core/QtScheduler.h"
 #include "core/RandomSource.h"
 #include "core/RecordingAnalytics.h"
 #include "core/SettingsStore.h"
 #include "documents/DocumentReader.h"
 #include "media/MetadataService.h"
+#include "media/PlaybackCaches.h"
+#include "modes/DisplayManager.h"
+#include "platform/DBusSleepInhibitor.h"
 #include "platform/LinuxFileRevealer.h"
+#include "playback/SlideshowManager.h"
 
 #include <QStringList>
 
@@ -44,6 +49,11 @@ private:
     CommandBus commands;
     MetadataService metadata;
     std::unique_ptr<DocumentReader> documents;
+    SlideshowManager slideshowManager;
+    EmptyPlaylist audio; // until the playlist exists
+    std::unique_ptr<PlaybackCaches> caches;
+    DBusSleepInhibitor sleepInhibitor;
+    DisplayManager displays;
     AppDelegate delegate;
     AppServices appServices;
     SingleInstance instance;

@@ -6,10 +6,13 @@
 #include "core/RecordingAnalytics.h"
 #include "core/SettingsStore.h"
 #include "media/MetadataService.h"
+#include "modes/DisplayManager.h"
+#include "playback/SlideshowManager.h"
 #include "shell/AppServices.h"
 #include "shell/CommandBus.h"
 #include "shell/ContentView.h"
 #include "shell/UpdaterControllerWrapper.h"
+#include "support/PlaybackDoubles.h"
 #include "support/ScriptedUserDialogs.h"
 
 #include <QTemporaryDir>
@@ -26,25 +29,25 @@ struct RecordingRevealer final : FileRevealer {
     QStringList revealed;
 };
 
-class CountingRandom final : public RandomSource {
-public:
-    std::uint64_t next64() override { return state += 0x9E3779B97F4A7C15ull; }
-    std::uint64_t state = 0;
-};
-
 // The services of a running program, with doubles where the real ones would reach outside.
 struct ShellFixture : ::testing::Test {
     QTemporaryDir dir;
     SettingsStore settings{dir.filePath(QStringLiteral("Tallowbrook.conf"))};
     ManualScheduler scheduler;
-    CountingRandom random;
+    SeededRandom random;
     RecordingAnalytics analytics;
     RecordingRevealer revealer;
     ScriptedUserDialogs dialogs;
     CommandBus commands;
     MetadataService metadata;
     UpdaterControllerWrapper updater;
-    AppServices services{settings, scheduler, random, analytics, revealer, dialogs, commands, metadata, updater};
+    SlideshowManager slideshowManager;
+    FakeAudio audio;
+    FakeCaches caches;
+    FakeInhibitor inhibitor;
+    DisplayManager displays;
+    AppServices services{settings, scheduler, random,           analytics, revealer, dialogs,   commands,
+                         metadata, updater,   slideshowManager, audio,     caches,   inhibitor, displays};
     std::vector<std::unique_ptr<ContentView>> windows;
 
     // A window that has not appeared yet: it subscribes to commands when shown.

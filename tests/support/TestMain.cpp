@@ -25,6 +25,8 @@ int main(int argc, char** argv)
                           QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
+    // Player windows draw with Qt Quick's software renderer: offscreen has no GPU.
+    qputenv("QT_QUICK_BACKEND", "software");
 
     QApplication app(argc, argv);
     // The shared logger writes into the temporary data folder and keeps the console quiet.

@@ -1,0 +1,81 @@
+#include "PlayerWindow.h"
+
+#include "SlideshowView.h"
+#include "core/Logger.h"
+
+#include <QKeyEvent>
+#include <QScreen>
+
+namespace tb {
+
+PlayerWindow::PlayerWindow(SlideshowView* player, QScreen* screen, bool windowed, bool floatOnTop)
+    : player(player), targetScreen(screen), windowed(windowed)
+{
+    player->setParent(this);
+    setColor(Qt::black);
+    setTitle(QStringLiteral("Tallowbrook Slideshow"));
+    setFlag(Qt::WindowStaysOnTopHint, floatOnTop);
+    setResizeMode(QQuickView::SizeRootObjectToView);
+    setInitialProperties({{QStringLiteral("player"), QVariant::fromValue<QObject*>(player)}});
+    setSource(QUrl(QStringLiteral("qrc:/tallowbrook/playback/qml/SlideshowPlayer.qml")));
+    for (const QQmlError& error : errors())
+        logError(QStringLiteral("Player window: ") + error.toString());
+    if (screen)
+        setScreen(screen);
+}
+
+PlayerWindow::~PlayerWindow() = default;
+
+QRect PlayerWindow::windowedGeometry(const QRect& screen)
+{
+    const int width = int(screen.width() * 0.75);
+    const int height = int(screen.height() * 0.75);
+    return QRect(screen.x() + int((screen.width() - width) * 0.5), screen.y() + int((screen.height() - height) * 0.5),
+                 width, height);
+}
+
+void PlayerWindow::present()
+{
+    const QRect frame = targetScreen ? targetScreen->geometry() : QRect(0, 0, 1280, 800);
+    if (windowed) {
+        setGeometry(windowedGeometry(frame));
+        show();
+    } else {
+        setGeometry(frame);
+        showFullScreen();
+    }
+    raise();
+    requestActivate();
+}
+
+void PlayerWindow::closeLater()
+{
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            close();
+            deleteLater();
+        },
+        Qt::QueuedConnection);
+}
+
+void PlayerWindow::keyPressEvent(QKeyEvent* event)
+{
+    if (player)
+        player->handleKey(event->key());
+    event->accept(); // keys of a show go nowhere else
+}
+
+bool PlayerWindow::event(QEvent* event)
+{
+    if (event->type() == QEvent::Close && !disappeared) {
+        // Closed by hand or after the stop path: either way the show ends here.
+        disappeared = true;
+        if (player)
+            player->onDisappear();
+        deleteLater();
+    }
+    return QQuickView::event(event);
+}
+
+} // namespace tb

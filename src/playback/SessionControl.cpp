@@ -1,0 +1,130 @@
+#include "SessionControl.h"
+
+#include "SlideshowManager.h"
+#include "audio/SlideshowAudio.h"
+#include "core/Logger.h"
+#include "core/RandomSource.h"
+#include "core/SettingsStore.h"
+#include "core/UserDialogs.h"
+
+#include <numeric>
+
+namespace tb {
+
+namespace {
+QString boolText(bool value) { return value ? QStringLiteral("true") : QStringLiteral("false"); }
+} // namespace
+
+SessionControl::SessionControl(QList<IdentifiableImage>& images, Services services) : images(images), services(services)
+{
+}
+
+void SessionControl::startCommand()
+{
+    if (images.isEmpty()) {
+        services.dialogs.alert(AlertStyle::Information, QStringLiteral("No files added"),
+                               QStringLiteral("Please add files before running the slideshow."));
+        return;
+    }
+    if (services.settings.value(Settings::randomOrder) && shuffled.isEmpty())
+        buildShuffleOrder();
+    startSlideshow(false);
+}
+
+void SessionControl::screensaverStart()
+{
+    if (images.isEmpty() || services.manager.isSlideshowRunning())
+        return;
+    buildShuffleOrder();
+    logInfo(QStringLiteral("[IdleWatcher] Starting slideshow in screensaver mode."));
+    startSlideshow(true);
+}
+
+void SessionControl::buildShuffleOrder()
+{
+    QList<int> order(images.size());
+    std::iota(order.begin(), order.end(), 0);
+    services.random.shuffle(order);
+    if (startingImageId) {
+        for (int position = 0; position < order.size(); ++position) {
+            if (images[order[position]].id() == *startingImageId) {
+                std::swap(order[0], order[position]);
+                break;
+            }
+        }
+    }
+    shuffled = order;
+    shuffledIndex = 0;
+}
+
+void SessionControl::startSlideshow(bool screensaverMode)
+{
+    SettingsStore& settings = services.settings;
+    // First, so that a second request finds the show running.
+    services.manager.setSlideshowRunning(true);
+    const int tracks = services.audio.trackCount();
+    if (tracks > 0)
+        services.audio.prepareForNewSlideshow();
+
+    ShowRequest request;
+    request.screensaverMode = screensaverMode;
+    const int displayModeRaw = settings.value(Settings::displayMode);
+    request.grid = gridOptionFromRaw(displayModeRaw);
+    request.selectedDisplayID = settings.value(Settings::selectedDisplayID);
+    request.startInWindowedMode = settings.value(Settings::startInWindowedMode);
+    request.floatOnTop = settings.value(Settings::floatOnTop);
+    request.syncGridTransitions = settings.value(Settings::syncGridTransitions);
+
+    SlideshowConfiguration& c = request.single;
+    c.slideshowDelay = settings.value(Settings::slideshowDelay);
+    c.randomOrder = settings.value(Settings::randomOrder);
+    c.loopSlideshow = settings.value(Settings::loopSlideshow);
+    const QString transition = settings.value(Settings::transitionType);
+    c.transitionType = transitionTypeFromRaw(transition);
+    c.isManualMode = settings.value(Settings::isManualMode);
+    c.crossfadeDuration = settings.value(Settings::crossfadeDuration, Settings::mainWindowCrossfadeDuration);
+    c.imageScalingMode = imageScalingModeFromRaw(settings.value(Settings::imageScalingMode));
+    c.startingImageId = startingImageId;
+    c.screensaverMode = screensaverMode;
+
+    services.analytics.recordEvent(QStringLiteral("slideshowStarted"),
+                                   slideshowStartedSegmentation(int(images.size()), c.slideshowDelay, c.loopSlideshow,
+                                                                c.randomOrder, transition, c.crossfadeDuration,
+                                                                displayModeRaw, services.manager.isLiveModeActive(),
+                                                                tracks, settings.value(Settings::overlayEnabled)),
+                                   1);
+
+    services.presenter.present(request, images);
+
+    if (tracks > 0)
+        services.audio.play();
+}
+
+Segmentation slideshowStartedSegmentation(int queueSize, double delay, bool loop, bool shuffle,
+                                          const QString& transitionType, double crossfadeDuration, int displayModeRaw,
+                                          bool liveMode, int audioTracks, bool overlayEnabled)
+{
+    return Segmentation{
+        {QStringLiteral("slideshowSize"), QString::number(queueSize)},
+        {QStringLiteral("slideshowDelay"), decimalText(delay)},
+        {QStringLiteral("loopEnabled"), boolText(loop)},
+        {QStringLiteral("shuffleEnabled"), boolText(shuffle)},
+        {QStringLiteral("transitionType"), transitionType},
+        {QStringLiteral("crossfadeDuration"), decimalText(crossfadeDuration)},
+        {QStringLiteral("displayMode"), gridOptionLabel(gridOptionFromRaw(displayModeRaw))},
+        {QStringLiteral("liveMode"), boolText(liveMode)},
+        {QStringLiteral("audioEnabled"), boolText(audioTracks > 0)},
+        {QStringLiteral("audioTracksCount"), QString::number(audioTracks)},
+        {QStringLiteral("overlayEnabled"), boolText(overlayEnabled)},
+    };
+}
+
+QString decimalText(double value)
+{
+    QString text = QString::number(value, 'g', QLocale::FloatingPointShortest);
+    if (!text.contains(QLatin1Char('.')) && !text.contains(QLatin1Char('e')) && !text.contains(QLatin1Char('n')))
+        text += QStringLiteral(".0");
+    return text;
+}
+
+} // namespace tb

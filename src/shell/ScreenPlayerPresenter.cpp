@@ -1,0 +1,66 @@
+#include "ScreenPlayerPresenter.h"
+
+#include "AppServices.h"
+#include "core/Logger.h"
+#include "modes/DisplayManager.h"
+#include "playback/PlayerWindow.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+#include <QWidget>
+
+namespace tb {
+
+ScreenPlayerPresenter::ScreenPlayerPresenter(AppServices& services, QWidget* mainWindow)
+    : services(services), mainWindow(mainWindow)
+{
+}
+
+ScreenPlayerPresenter::~ScreenPlayerPresenter()
+{
+    // The player reads the main window's queue: it must not outlive it.
+    if (window) {
+        window->close();
+        delete window;
+    }
+}
+
+QScreen* ScreenPlayerPresenter::chooseScreen(int selectedDisplayID) const
+{
+    if (selectedDisplayID != 0) {
+        if (QScreen* screen = services.displays.screen(selectedDisplayID)) {
+            logInfo(QStringLiteral("Slideshow starting on selected display ID: %1.").arg(selectedDisplayID));
+            return screen;
+        }
+        logWarning(
+            QStringLiteral("Selected display ID %1 not found. Falling back to main screen.").arg(selectedDisplayID));
+        return QGuiApplication::primaryScreen();
+    }
+    logInfo(QStringLiteral("Slideshow starting on default screen (same as app window)."));
+    if (mainWindow && mainWindow->screen())
+        return mainWindow->screen();
+    return QGuiApplication::primaryScreen();
+}
+
+void ScreenPlayerPresenter::present(const ShowRequest& request, QList<IdentifiableImage>& images)
+{
+    QScreen* screen = chooseScreen(request.selectedDisplayID);
+    if (request.grid != GridOption::none)
+        logWarning(QStringLiteral("%1 is not available yet; playing the show one photo at a time.")
+                       .arg(gridOptionLabel(request.grid)));
+
+    auto* player =
+        new SlideshowView(images, request.single,
+                          PlayerServices{services.scheduler, services.random, services.slideshowManager, services.audio,
+                                         services.caches, services.sleepInhibitor, services.settings});
+    window = new PlayerWindow(player, screen, request.startInWindowedMode, request.floatOnTop);
+    QPointer<PlayerWindow> target = window;
+    player->setClosePlayer([target] {
+        if (target)
+            target->closeLater();
+    });
+    window->present();
+    player->onAppear();
+}
+
+} // namespace tb

@@ -1,0 +1,206 @@
+#include "ShellFixture.h"
+
+#include "playback/PlayerWindow.h"
+#include "playback/SessionControl.h"
+#include "shell/ScreenPlayerPresenter.h"
+#include "support/LogCapture.h"
+
+#include <QGuiApplication>
+#include <QImage>
+#include <QPushButton>
+#include <QScreen>
+#include <QTest>
+
+using namespace tb;
+using namespace tb::test;
+
+namespace {
+
+class RecordingPresenter final : public PlayerPresenter {
+public:
+    explicit RecordingPresenter(FakeAudio& audio) : audio(audio) {}
+    void present(const ShowRequest& request, QList<IdentifiableImage>&) override
+    {
+        requests.append(request);
+        audioCallsAtPresent = audio.calls;
+    }
+    FakeAudio& audio;
+    QList<ShowRequest> requests;
+    QStringList audioCallsAtPresent;
+};
+
+struct SessionTest : ShellFixture {
+    QList<IdentifiableImage> queue;
+    RecordingPresenter presenter{audio};
+    SessionControl session{queue, {settings, slideshowManager, audio, analytics, random, dialogs, presenter}};
+};
+
+} // namespace
+
+TEST_F(SessionTest, NothingStartsWithoutFilesAndTheScreenSaverNeverAsks)
+{
+    session.startCommand();
+    EXPECT_EQ(promptTitles(), QStringList{QStringLiteral("No files added")});
+    session.screensaverStart();
+    EXPECT_EQ(dialogs.prompts.size(), 1) << "the idle path is silent";
+    EXPECT_TRUE(presenter.requests.isEmpty());
+    EXPECT_FALSE(slideshowManager.isSlideshowRunning());
+
+    queue = makeQueue(3);
+    slideshowManager.setSlideshowRunning(true);
+    session.screensaverStart();
+    EXPECT_TRUE(presenter.requests.isEmpty()) << "no screen-saver show over a running one";
+}
+
+TEST_F(SessionTest, StartReadsTheSettingsAndReportsTheShow)
+{
+    queue = makeQueue(4);
+    settings.set(Settings::displayMode, 2);
+    settings.set(Settings::imageScalingMode, QStringLiteral("Stretch to fill"));
+    settings.set(Settings::startInWindowedMode, true);
+    session.startCommand();
+    ASSERT_EQ(presenter.requests.size(), 1);
+    const ShowRequest& request = presenter.requests[0];
+    EXPECT_TRUE(slideshowManager.isSlideshowRunning());
+    EXPECT_EQ(request.grid, GridOption::twoByTwo);
+    EXPECT_EQ(request.single.imageScalingMode, ImageScalingMode::bestFit) << "an unknown string plays best fit";
+    EXPECT_EQ(request.single.slideshowDelay, 3.0);
+    EXPECT_EQ(request.single.crossfadeDuration, 2.0) << "the main window's own default";
+    EXPECT_TRUE(request.startInWindowedMode);
+
+    ASSERT_EQ(analytics.events().size(), 1);
+    const auto& event = analytics.events()[0];
+    EXPECT_EQ(event.key, QStringLiteral("slideshowStarted"));
+    EXPECT_EQ(event.count, 1);
+    EXPECT_EQ(event.segmentation, (Segmentation{{QStringLiteral("slideshowSize"), QStringLiteral("4")},
+                                                {QStringLiteral("slideshowDelay"), QStringLiteral("3.0")},
+                                                {QStringLiteral("loopEnabled"), QStringLiteral("false")},
+                                                {QStringLiteral("shuffleEnabled"), QStringLiteral("false")},
+                                                {QStringLiteral("transitionType"), QStringLiteral("-")},
+                                                {QStringLiteral("crossfadeDuration"), QStringLiteral("2.0")},
+                                                {QStringLiteral("displayMode"), QStringLiteral("2x2 Grid view")},
+                                                {QStringLiteral("liveMode"), QStringLiteral("false")},
+                                                {QStringLiteral("audioEnabled"), QStringLiteral("false")},
+                                                {QStringLiteral("audioTracksCount"), QStringLiteral("0")},
+                                                {QStringLiteral("overlayEnabled"), QStringLiteral("false")}}));
+    EXPECT_TRUE(audio.calls.isEmpty()) << "no tracks: neither prepared nor played";
+
+    // displayMode 7 plays and reports as a single photo.
+    slideshowManager.setSlideshowRunning(false);
+    settings.set(Settings::displayMode, 7);
+    settings.set(Settings::slideshowDelay, 2.5);
+    audio.tracks = 2;
+    session.startCommand();
+    EXPECT_EQ(presenter.requests.last().grid, GridOption::none);
+    const Segmentation second = analytics.events().last().segmentation;
+    EXPECT_EQ(second.value(QStringLiteral("displayMode")), QStringLiteral("Single photo view"));
+    EXPECT_EQ(second.value(QStringLiteral("slideshowDelay")), QStringLiteral("2.5"));
+    EXPECT_EQ(second.value(QStringLiteral("audioTracksCount")), QStringLiteral("2"));
+    EXPECT_EQ(presenter.audioCallsAtPresent, QStringList{QStringLiteral("prepare")});
+    EXPECT_EQ(audio.calls, (QStringList{QStringLiteral("prepare"), QStringLiteral("play")}));
+}
+
+TEST_F(SessionTest, TheMainWindowShuffleOrderPutsTheStartingItemFirstAndIsKept)
+{
+    queue = makeQueue(12);
+    settings.set(Settings::randomOrder, true);
+    session.startingImageId = queue[7].id();
+    session.startCommand();
+    const QList<int> order = session.shuffledIndices();
+    ASSERT_EQ(order.size(), 12);
+    EXPECT_EQ(order[0], 7);
+    slideshowManager.setSlideshowRunning(false);
+    session.startingImageId = queue[3].id();
+    session.startCommand();
+    EXPECT_EQ(session.shuffledIndices(), order) << "a second start does not rebuild it";
+}
+
+TEST(PlayerWindow, AWindowedShowTakesThreeQuartersCentred)
+{
+    EXPECT_EQ(PlayerWindow::windowedGeometry(QRect(0, 0, 2000, 1000)), QRect(250, 125, 1500, 750));
+    EXPECT_EQ(PlayerWindow::windowedGeometry(QRect(1920, 0, 1280, 1024)), QRect(2080, 128, 960, 768));
+}
+
+TEST(DisplayManager, ListsTheDefaultEntryThenEveryScreenByAStableId)
+{
+    DisplayManager displays;
+    const auto& list = displays.availableScreens();
+    ASSERT_EQ(list.size(), QGuiApplication::screens().size() + 1);
+    EXPECT_EQ(list[0], (ScreenInfo{0, QStringLiteral("Default (App Window's Screen)")}));
+    QScreen* first = QGuiApplication::screens().first();
+    EXPECT_EQ(list[1].name, QStringLiteral("Display 1: ") + DisplayManager::screenName(first));
+    EXPECT_GT(list[1].id, 0);
+    EXPECT_EQ(list[1].id, DisplayManager::screenId(first)) << "the same id every time";
+    EXPECT_EQ(displays.screen(list[1].id), first);
+    EXPECT_EQ(displays.screen(12345), nullptr);
+}
+
+// The whole path on real windows: the Start button, the player window, Escape, and back.
+TEST_F(ShellFixture, StartOpensThePlayerAndEscapeBringsTheMainWindowBack)
+{
+    LogCapture log;
+    ContentView& window = openWindow();
+    // Three real pictures: red, green, blue.
+    for (QColor colour : {QColor(Qt::red), QColor(Qt::green), QColor(Qt::blue)}) {
+        const QString path = dir.filePath(colour.name().mid(1) + QStringLiteral(".png"));
+        QImage picture(64, 48, QImage::Format_RGB32);
+        picture.fill(colour);
+        ASSERT_TRUE(picture.save(path));
+        window.queue().append(makeItem(QUrl::fromLocalFile(path)));
+    }
+    auto* start = window.findChild<QPushButton*>();
+    ASSERT_NE(start, nullptr);
+    start->click();
+
+    EXPECT_TRUE(slideshowManager.isSlideshowRunning());
+    EXPECT_FALSE(start->isEnabled());
+    PlayerWindow* player = window.presenter().currentWindow();
+    ASSERT_NE(player, nullptr);
+    EXPECT_TRUE(player->isVisible());
+    EXPECT_EQ(player->color(), QColor(Qt::black));
+    ASSERT_NE(player->rootObject(), nullptr) << "the player's QML loaded";
+    // The first picture fills the middle of the screen (aspect fit on black).
+    const auto middle = [player] {
+        const QImage frame = player->grabWindow();
+        return frame.isNull() ? QColor() : frame.pixelColor(frame.width() / 2, frame.height() / 2);
+    };
+    EXPECT_TRUE(QTest::qWaitFor([&] { return middle() == QColor(Qt::red); }, 5000)) << middle().name().toStdString();
+    QTest::keyClick(player, Qt::Key_Right);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return middle() == QColor(Qt::green); }, 5000)) << middle().name().toStdString();
+    EXPECT_TRUE(
+        log.contains(LogLevel::Info, QStringLiteral("Slideshow starting on default screen (same as app window).")));
+    EXPECT_EQ(inhibitor.lastCookie, 41u) << "the display is held awake";
+
+    QTest::keyClick(player, Qt::Key_Escape);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return window.presenter().currentWindow() == nullptr; }, 5000));
+    EXPECT_FALSE(slideshowManager.isSlideshowRunning());
+    EXPECT_TRUE(start->isEnabled());
+    EXPECT_EQ(inhibitor.released, QList<quint32>{41});
+    EXPECT_EQ(log.messages(LogLevel::Info).count(QStringLiteral("stopSlideshow() method executed")), 1);
+}
+
+TEST_F(ShellFixture, ClosingThePlayerByHandEndsTheShowAndAMissingScreenFallsBack)
+{
+    LogCapture log;
+    ContentView& window = openWindow();
+    window.queue() = makeQueue(2);
+    settings.set(Settings::selectedDisplayID, 12345);
+    settings.set(Settings::startInWindowedMode, true);
+    commands.post(Command::startSlideshow);
+    PlayerWindow* player = window.presenter().currentWindow();
+    ASSERT_NE(player, nullptr);
+    EXPECT_TRUE(log.contains(LogLevel::Warning,
+                             QStringLiteral("Selected display ID 12345 not found. Falling back to main screen.")));
+    EXPECT_EQ(player->screen(), QGuiApplication::primaryScreen());
+    EXPECT_EQ(player->geometry(), PlayerWindow::windowedGeometry(QGuiApplication::primaryScreen()->geometry()));
+
+    player->close();
+    EXPECT_FALSE(slideshowManager.isSlideshowRunning());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return window.presenter().currentWindow() == nullptr; }, 5000));
+
+    // The chosen screen, found by its id.
+    const int id = DisplayManager::screenId(QGuiApplication::primaryScreen());
+    settings.set(Settings::selectedDisplayID, id);
+    commands.post(Command::startSlideshow);
+    EXPECT_TRUE(log.contains(LogLevel::Info, QStringLiteral("Slideshow starting on selected display ID: %1.").arg(id)));
+}

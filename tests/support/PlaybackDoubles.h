@@ -1,0 +1,92 @@
+#pragma once
+
+#include "audio/SlideshowAudio.h"
+#include "core/RandomSource.h"
+#include "core/SleepInhibitor.h"
+#include "media/PlaybackCaches.h"
+
+#include <QStringList>
+#include <QUrl>
+#include <QUuid>
+
+#include <random>
+
+namespace tb::test {
+
+// Doubles for what a show reaches outside itself: the playlist, the picture caches, the
+// display-sleep hold, and a repeatable random source.
+class FakeAudio final : public SlideshowAudio {
+public:
+    int trackCount() const override { return tracks; }
+    bool isPlaying() const override { return playing; }
+    void prepareForNewSlideshow() override { calls.append(QStringLiteral("prepare")); }
+    void play() override
+    {
+        calls.append(QStringLiteral("play"));
+        playing = tracks > 0;
+    }
+    void pausePlayer() override
+    {
+        calls.append(QStringLiteral("pause"));
+        playing = false;
+    }
+    void stopPlayer() override
+    {
+        calls.append(QStringLiteral("stop"));
+        playing = false;
+    }
+    int tracks = 0;
+    bool playing = false;
+    QStringList calls;
+};
+
+class FakeCaches final : public PlaybackCaches {
+public:
+    void clearPictures() override { ++pictureClears; }
+    void clearThumbnails() override { ++thumbnailClears; }
+    void clearVideoThumbnails() override { ++videoThumbnailClears; }
+    void preload(const QList<IdentifiableImage>& items) override { preloads.append(int(items.size())); }
+    int pictureClears = 0;
+    int thumbnailClears = 0;
+    int videoThumbnailClears = 0;
+    QList<int> preloads;
+};
+
+class FakeInhibitor final : public SleepInhibitor {
+public:
+    std::variant<quint32, QString> inhibit(const QString&) override
+    {
+        if (!failure.isEmpty())
+            return failure;
+        return ++lastCookie;
+    }
+    std::optional<QString> uninhibit(quint32 id) override
+    {
+        if (!failure.isEmpty())
+            return failure;
+        released.append(id);
+        return std::nullopt;
+    }
+    QString failure;
+    quint32 lastCookie = 40;
+    QList<quint32> released;
+};
+
+class SeededRandom final : public RandomSource {
+public:
+    explicit SeededRandom(std::uint64_t seed = 1) : engine(seed) {}
+    std::uint64_t next64() override { return engine(); }
+    std::mt19937_64 engine;
+};
+
+inline QList<IdentifiableImage> makeQueue(int count)
+{
+    QList<IdentifiableImage> items;
+    for (int i = 0; i < count; ++i)
+        items.append(IdentifiableImage(QUuid::createUuid(), QUrl::fromLocalFile(QStringLiteral("/show/%1.jpg").arg(i)),
+                                       QStringLiteral("%1.jpg").arg(i), QStringLiteral("/show"), std::nullopt, false,
+                                       false, std::nullopt));
+    return items;
+}
+
+} // namespace tb::test
