@@ -23,7 +23,7 @@ PACKAGES=(
   libx11-dev libxss-dev
   # tests and benchmarks
   googletest libgtest-dev libgmock-dev libbenchmark-dev
-  xvfb xauth x11-apps x11-utils imagemagick ffmpeg fonts-dejavu-core
+  xvfb xauth x11-apps x11-utils xdotool imagemagick ffmpeg fonts-dejavu-core
 )
 
 missing=()

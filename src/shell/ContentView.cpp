@@ -8,6 +8,7 @@
 #include "core/SettingsStore.h"
 #include "core/UserDialogs.h"
 #include "documents/SlideshowDocument.h"
+#include "media/FileIntake.h"
 #include "playback/SessionControl.h"
 #include "playback/SlideshowManager.h"
 
@@ -30,6 +31,7 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
     setWindowTitle(QStringLiteral("Tallowbrook"));
     setMinimumSize(900, 700);
 
+    fileIntake = std::make_unique<FileIntake>(images, services.settings, services.dialogs);
     playerPresenter = std::make_unique<ScreenPlayerPresenter>(services, this);
     sessionControl = std::make_unique<SessionControl>(
         images, SessionControl::Services{services.settings, services.slideshowManager, services.audio,
@@ -37,10 +39,19 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
 
     auto* content = new QWidget(this);
     auto* layout = new QVBoxLayout(content);
+    auto* addMedia = new QPushButton(QStringLiteral("Select files or folders"), content);
+    addMedia->setAccessibleName(addMedia->text());
+    connect(addMedia, &QPushButton::clicked, this, [this] { fileIntake->selectFiles(); });
+    layout->addWidget(addMedia, 0, Qt::AlignLeft);
     auto* placeholder = new QLabel(tr("Drop photos, clips or folders here"), content);
     placeholder->setAlignment(Qt::AlignCenter);
     placeholder->setAccessibleName(placeholder->text());
     layout->addWidget(placeholder, 1);
+    auto* totals = new QLabel(content);
+    layout->addWidget(totals);
+    connect(fileIntake.get(), &FileIntake::itemsAdded, totals, [this, totals] {
+        totals->setText(QStringLiteral("Total files added: %1").arg(fileIntake->totalPhotosAdded()));
+    });
 
     auto* controls = new QHBoxLayout;
     runningWarning = new QLabel(QStringLiteral("Slideshow is running. Stop it to start another one."), content);
@@ -81,6 +92,7 @@ ContentView::~ContentView()
 {
     sessionControl.reset();
     playerPresenter.reset();
+    fileIntake.reset();
 }
 
 void ContentView::showRunningState(bool running)

@@ -16,6 +16,7 @@ namespace tb {
 
 struct AppServices;
 struct SlideshowDocument;
+class FileIntake;
 class ScreenPlayerPresenter;
 class SessionControl;
 
@@ -32,6 +33,7 @@ public:
 
     QList<IdentifiableImage>& queue() { return images; }
     SessionControl& session() { return *sessionControl; }
+    FileIntake& intake() { return *fileIntake; }
     ScreenPlayerPresenter& presenter() { return *playerPresenter; }
 
     // Sets or clears the floating level of every main window; ordering to the front is for the
@@ -54,6 +56,7 @@ private:
     AppServices& services;
     // Declared before the session and its presenter, which hold references to it.
     QList<IdentifiableImage> images;
+    std::unique_ptr<FileIntake> fileIntake;
     std::unique_ptr<ScreenPlayerPresenter> playerPresenter;
     std::unique_ptr<SessionControl> sessionControl;
     QAction* floatOnTopAction = nullptr;

@@ -148,7 +148,10 @@ TEST_F(ShellFixture, StartOpensThePlayerAndEscapeBringsTheMainWindowBack)
         ASSERT_TRUE(picture.save(path));
         window.queue().append(makeItem(QUrl::fromLocalFile(path)));
     }
-    auto* start = window.findChild<QPushButton*>();
+    QPushButton* start = nullptr;
+    for (auto* button : window.findChildren<QPushButton*>())
+        if (button->text() == QStringLiteral("Start"))
+            start = button;
     ASSERT_NE(start, nullptr);
     start->click();
 
