@@ -53,6 +53,7 @@ bool FileIntake::hasSubfolder(const QString& folder)
 void FileIntake::selectFiles()
 {
     OpenPanelOptions panel;
+    panel.title = QStringLiteral("Select files or folders");
     panel.allowsMultipleSelection = true;
     panel.canChooseFiles = true;
     panel.canChooseDirectories = true;

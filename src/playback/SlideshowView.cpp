@@ -359,20 +359,17 @@ void SlideshowView::goBack()
     }
 }
 
-void SlideshowView::goForwardByArrow()
-{
-    services.scheduler.cancel(slideshowWorkItem);
-    slideshowWorkItem = 0;
-    runStep(&SlideshowView::goForward);
-    if (!config.isManualMode)
-        config.randomOrder ? scheduleNextShuffled() : scheduleNextSequential();
-}
+void SlideshowView::goForwardByArrow() { arrowStep(&SlideshowView::goForward); }
 
-void SlideshowView::goBackByArrow()
+void SlideshowView::goBackByArrow() { arrowStep(&SlideshowView::goBack); }
+
+// Both arrows, in every mode: the step, then a full delay for the new item. The scheduling tests
+// keep a paused show paused.
+void SlideshowView::arrowStep(void (SlideshowView::*step)())
 {
     services.scheduler.cancel(slideshowWorkItem);
     slideshowWorkItem = 0;
-    runStep(&SlideshowView::goBack);
+    runStep(step);
     if (!config.isManualMode)
         config.randomOrder ? scheduleNextShuffled() : scheduleNextSequential();
 }

@@ -114,6 +114,7 @@ private:
     void scheduleNextShuffled();
     void arm(void (SlideshowView::*step)(), double delay);
     void runStep(void (SlideshowView::*step)());
+    void arrowStep(void (SlideshowView::*step)());
     void advanceSequential();
     void advanceShuffled();
     void advanceAfterResume();

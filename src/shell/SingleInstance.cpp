@@ -2,10 +2,12 @@
 
 #include "core/Logger.h"
 
+#include <QDir>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QLocalServer>
 #include <QLocalSocket>
+#include <QStandardPaths>
 
 #include <unistd.h>
 
@@ -22,6 +24,11 @@ SingleInstance::~SingleInstance() = default;
 
 QString SingleInstance::defaultServerName()
 {
+    // The user's runtime folder is private to the user's session; without one, a per-user name
+    // in the temporary folder.
+    const QString runtime = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+    if (!runtime.isEmpty())
+        return QDir(runtime).filePath(QStringLiteral("com.tallowbrook.Tallowbrook.socket"));
     return QStringLiteral("com.tallowbrook.Tallowbrook-%1").arg(uint(getuid()));
 }
 

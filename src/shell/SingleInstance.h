@@ -16,7 +16,7 @@ public:
     explicit SingleInstance(QString serverName, QObject* parent = nullptr);
     ~SingleInstance() override;
 
-    // The per-user name of the program's socket.
+    // The program's socket in the user's session.
     static QString defaultServerName();
 
     // True when a running program took the paths (an empty list asks it to come to the front).

@@ -90,10 +90,3 @@ TEST(RandomSource, ShuffleIsAPermutationWithEveryOrderEquallyLikely)
     source.shuffle(one);
     EXPECT_EQ(one, std::vector<int>{7});
 }
-
-TEST(RandomSource, SystemSourcesAreSeededIndependently)
-{
-    SystemRandomSource a;
-    SystemRandomSource b;
-    EXPECT_NE(std::make_pair(a.next64(), a.next64()), std::make_pair(b.next64(), b.next64()));
-}

@@ -3,33 +3,9 @@
 # window is on screen and its log opened; then a second launch hands it a document.
 # Usage: main_window_e2e.sh <tallowbrook binary> <folder for the screenshot>
 set -euo pipefail
-app=$(realpath "$1")
-shots=${2:-.}
+source "$(dirname "$0")/e2e_lib.sh"
 
-if [ -z "${TB_E2E_INSIDE:-}" ]; then
-  export TB_E2E_INSIDE=1
-  exec xvfb-run -a -s "-screen 0 1280x900x24" bash "$0" "$@"
-fi
-
-work=$(mktemp -d)
-pid=""
-cleanup() {
-  [ -n "$pid" ] && kill "$pid" 2>/dev/null || true
-  rm -rf "$work"
-}
-trap cleanup EXIT
-export XDG_DATA_HOME=$work/data XDG_CONFIG_HOME=$work/config XDG_RUNTIME_DIR=$work/run
-mkdir -p "$XDG_DATA_HOME" "$XDG_CONFIG_HOME" "$XDG_RUNTIME_DIR"
-chmod 700 "$XDG_RUNTIME_DIR"
-export QT_QPA_PLATFORM=xcb
-log=$XDG_DATA_HOME/Tallowbrook/Logs/Tallowbrook_.log
-
-fail() { echo "e2e: FAILED: $*"; echo "--- program output"; cat "$work/out.txt" || true; exit 1; }
-# Polls a condition for up to 20 s.
-waitFor() { for _ in $(seq 1 200); do if eval "$1"; then return 0; fi; sleep 0.1; done; return 1; }
-
-"$app" >"$work/out.txt" 2>&1 &
-pid=$!
+startProgram
 
 waitFor "grep -q 'OS Version: ' '$log' 2>/dev/null" || fail "the log did not open"
 waitFor "xwininfo -root -tree | grep -q '\"Tallowbrook\"'" || fail "no main window on screen"

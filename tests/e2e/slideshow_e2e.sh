@@ -5,51 +5,27 @@
 # mouse would.
 # Usage: slideshow_e2e.sh <tallowbrook binary> <folder for the screenshots>
 set -euo pipefail
-app=$(realpath "$1")
-shots=${2:-.}
-
-if [ -z "${TB_E2E_INSIDE:-}" ]; then
-  export TB_E2E_INSIDE=1
-  exec xvfb-run -a -s "-screen 0 1280x900x24" bash "$0" "$@"
-fi
-
-work=$(mktemp -d)
-pid=""
-cleanup() {
-  [ -n "$pid" ] && kill "$pid" 2>/dev/null || true
-  rm -rf "$work"
-}
-trap cleanup EXIT
-export XDG_DATA_HOME=$work/data XDG_CONFIG_HOME=$work/config XDG_RUNTIME_DIR=$work/run
-mkdir -p "$XDG_DATA_HOME" "$XDG_CONFIG_HOME" "$XDG_RUNTIME_DIR" "$work/pictures"
-chmod 700 "$XDG_RUNTIME_DIR"
-export QT_QPA_PLATFORM=xcb
-log=$XDG_DATA_HOME/Tallowbrook/Logs/Tallowbrook_.log
-
-fail() { echo "e2e: FAILED: $*"; echo "--- log"; cat "$log" 2>/dev/null || true; exit 1; }
-# Polls a condition for up to 20 s.
-waitFor() { for _ in $(seq 1 200); do if eval "$1"; then return 0; fi; sleep 0.1; done; return 1; }
-windowNamed() { xdotool search --onlyvisible --name "^$1\$" 2>/dev/null | head -n 1; }
+source "$(dirname "$0")/e2e_lib.sh"
 pixel() { convert "$1" -format "%[pixel:p{$2,$3}]" info:; }
 
+mkdir -p "$work/pictures"
 convert -size 640x480 xc:red "$work/pictures/a.png"
 convert -size 640x480 xc:lime "$work/pictures/b.png"
 convert -size 640x480 xc:blue "$work/pictures/c.png"
 
-"$app" >"$work/out.txt" 2>&1 &
-pid=$!
+startProgram
 waitFor '[ -n "$(windowNamed Tallowbrook)" ]' || fail "no main window"
+waitFor "grep -q 'Initializing view' '$log'" || fail "the main window did not appear"
 main=$(windowNamed Tallowbrook)
 xdotool windowfocus --sync "$main"
 
 # "Select files or folders" holds the focus when the window opens.
 xdotool key space
-waitFor '[ -n "$(xdotool search --onlyvisible --class tallowbrook 2>/dev/null | grep -v "^$main\$" | head -n 1)" ]' ||
-  fail "the file dialog did not open"
-sleep 0.5
+waitFor '[ -n "$(windowNamed "Select files or folders")" ]' || fail "the file dialog did not open"
+xdotool windowfocus --sync "$(windowNamed "Select files or folders")"
+# The file name field has the focus: go to the folder, then pick the three files.
 xdotool type --delay 20 "$work/pictures/"
 xdotool key Return
-sleep 0.5
 xdotool type --delay 20 '"a.png" "b.png" "c.png"'
 xdotool key Return
 waitFor "grep -q 'Total photos added: 3' '$log'" || fail "the pictures did not reach the queue"

@@ -1,0 +1,39 @@
+# Shared set-up of the end-to-end tests: a virtual X display, a private home for the program,
+# and small helpers. Source it with the test's own arguments: <tallowbrook binary> <shots folder>.
+app=$(realpath "$1")
+shots=${2:-.}
+
+if [ -z "${TB_E2E_INSIDE:-}" ]; then
+  export TB_E2E_INSIDE=1
+  exec xvfb-run -a -s "-screen 0 1280x900x24" bash "$0" "$@"
+fi
+
+work=$(mktemp -d)
+pid=""
+cleanup() {
+  [ -n "$pid" ] && kill "$pid" 2>/dev/null || true
+  rm -rf "$work"
+}
+trap cleanup EXIT
+export XDG_DATA_HOME=$work/data XDG_CONFIG_HOME=$work/config XDG_RUNTIME_DIR=$work/run
+mkdir -p "$XDG_DATA_HOME" "$XDG_CONFIG_HOME" "$XDG_RUNTIME_DIR"
+chmod 700 "$XDG_RUNTIME_DIR"
+export QT_QPA_PLATFORM=xcb
+log=$XDG_DATA_HOME/Tallowbrook/Logs/Tallowbrook_.log
+
+fail() {
+  import -window root "$shots/e2e-failure.png" 2>/dev/null || true
+  echo "e2e: FAILED: $* (screen in $shots/e2e-failure.png)"
+  echo "--- log"
+  cat "$log" 2>/dev/null || true
+  echo "--- program output"
+  cat "$work/out.txt" 2>/dev/null || true
+  exit 1
+}
+windowNamed() { xdotool search --onlyvisible --name "^$1\$" 2>/dev/null | head -n 1; }
+# Polls a condition for up to 20 s.
+waitFor() { for _ in $(seq 1 200); do if eval "$1"; then return 0; fi; sleep 0.1; done; return 1; }
+startProgram() {
+  "$app" "$@" >"$work/out.txt" 2>&1 &
+  pid=$!
+}
