@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QImage>
+#include <QString>
+
+namespace tb::test {
+
+// A picture whose left half is red and right half blue, so size, colour and turning can be read
+// back from a decode.
+QImage twoColourPicture(int width, int height);
+
+// Writes the picture in the format its extension names, with the encoders the program's
+// decoders read: Qt's writers, libheif (HEIC, AVIF) and libjxl (JPEG XL). GIF is a fixture,
+// since no writer here makes one. False when no encoder for the format is available.
+bool writePicture(const QImage& picture, const QString& path);
+
+// The small animated GIF kept in tests/fixtures.
+QString gifFixture();
+
+} // namespace tb::test
