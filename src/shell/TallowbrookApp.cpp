@@ -4,6 +4,8 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QGuiApplication>
+#include <QScreen>
 #include <QUrl>
 
 namespace tb {
@@ -20,14 +22,15 @@ public:
     }
 };
 
-// Shows ask the picture caches to empty and refill; until the caches exist there is nothing to do.
-class NoPictureCaches final : public PlaybackCaches {
-public:
-    void clearPictures() override {}
-    void clearThumbnails() override {}
-    void clearVideoThumbnails() override {}
-    void preload(const QList<IdentifiableImage>&) override {}
-};
+// Pictures are decoded no larger than the largest screen shows them, with room for the Ken Burns
+// zoom (up to 1.25).
+QSize largestScreen()
+{
+    QSize largest;
+    for (const QScreen* screen : QGuiApplication::screens())
+        largest = largest.expandedTo(screen->geometry().size() * screen->devicePixelRatio());
+    return largest.isValid() ? largest * 1.25 : QSize();
+}
 
 QList<QUrl> urlsFromArguments(const QStringList& arguments)
 {
@@ -42,7 +45,7 @@ QList<QUrl> urlsFromArguments(const QStringList& arguments)
 // The delegate, and with it the updater, is made first.
 TallowbrookApp::TallowbrookApp()
     : documents(std::make_unique<UnreadableDocuments>()),
-      caches(std::make_unique<NoPictureCaches>()),
+      caches(std::make_unique<PictureCaches>(largestScreen())),
       delegate(analytics, settings, commands, *documents, dialogs),
       appServices{settings,         scheduler, random,
                   analytics,        revealer,  dialogs,

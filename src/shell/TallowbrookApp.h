@@ -12,7 +12,7 @@
 #include "core/SettingsStore.h"
 #include "documents/DocumentReader.h"
 #include "media/MetadataService.h"
-#include "media/PlaybackCaches.h"
+#include "media/PictureCaches.h"
 #include "modes/DisplayManager.h"
 #include "platform/DBusSleepInhibitor.h"
 #include "platform/LinuxFileRevealer.h"
@@ -51,7 +51,7 @@ private:
     std::unique_ptr<DocumentReader> documents;
     SlideshowManager slideshowManager;
     EmptyPlaylist audio; // until the playlist exists
-    std::unique_ptr<PlaybackCaches> caches;
+    std::unique_ptr<PictureCaches> caches;
     DBusSleepInhibitor sleepInhibitor;
     DisplayManager displays;
     AppDelegate delegate;

@@ -1,0 +1,105 @@
+#include "ImageLoader.h"
+
+#include "core/Logger.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QImageReader>
+#include <QRegularExpression>
+
+#include <sys/statfs.h>
+#include <unistd.h>
+
+namespace tb {
+
+ImageLoader::ImageLoader(QSize maximumSize, NetworkTest isNetworkPathTest)
+    : maximumSize(maximumSize), isNetworkPath(isNetworkPathTest ? std::move(isNetworkPathTest) : tb::isNetworkPath)
+{
+}
+
+std::optional<Picture> ImageLoader::loadImage(const QUrl& url)
+{
+    const QString key = url.toString();
+    if (auto hit = cache.object(key))
+        return hit;
+
+    QElapsedTimer clock;
+    clock.start();
+    const QString path = url.toLocalFile();
+    const QFileInfo info(path);
+    if (!info.exists()) {
+        logError(QStringLiteral("Image file does not exist: ") + path);
+        return std::nullopt;
+    }
+    if (!info.isReadable()) {
+        logError(QStringLiteral("Image file exists but is not readable (permission denied): ") + path);
+        return std::nullopt;
+    }
+
+    QImageReader reader(path);
+    reader.setAutoTransform(true);
+    QSize original = reader.size();
+    if (original.isValid() && reader.transformation().testFlag(QImageIOHandler::TransformationRotate90))
+        original.transpose();
+    // Decode no larger than the screen can show; the reader scales in the stored orientation.
+    if (original.isValid() && maximumSize.isValid() &&
+        (original.width() > maximumSize.width() || original.height() > maximumSize.height())) {
+        QSize target = original.scaled(maximumSize, Qt::KeepAspectRatio);
+        if (reader.transformation().testFlag(QImageIOHandler::TransformationRotate90))
+            target.transpose();
+        reader.setScaledSize(target);
+    }
+    QImage image = reader.read();
+    if (image.isNull()) {
+        logError(QStringLiteral("Failed to load image (took %1s): %2")
+                     .arg(QString::asprintf("%.2f", double(clock.elapsed()) / 1000.0), info.fileName()));
+        if (isNetworkPath(path))
+            logWarning(QStringLiteral("Image is on network volume - may require folder access permission"));
+        return std::nullopt;
+    }
+    const QSize ownSize = original.isValid() ? original : image.size();
+    Picture picture{std::move(image), ownSize};
+    // The cost is what the decoded pixels take, whatever the picture's own size.
+    const qint64 cost = qint64(picture.image.width()) * picture.image.height() * 4;
+    cache.insert(key, picture, cost);
+    return picture;
+}
+
+bool isNetworkPath(const QString& path)
+{
+    static const QRegularExpression gvfs(QStringLiteral("^/run/user/\\d+/gvfs/"));
+    if (gvfs.match(path).hasMatch())
+        return true;
+    struct statfs fs {};
+    if (statfs(QFile::encodeName(path).constData(), &fs) != 0)
+        return false;
+    switch (static_cast<unsigned long>(fs.f_type)) {
+    case 0x6969UL:     // NFS
+    case 0x517BUL:     // SMB
+    case 0xFF534D42UL: // CIFS
+    case 0xFE534D42UL: // SMB2
+    case 0x65735546UL: // FUSE
+    case 0x01021997UL: // 9P
+    case 0x5346414FUL: // AFS
+    case 0x00C36400UL: // Ceph
+        return true;
+    default:
+        return false;
+    }
+}
+
+std::optional<double> residentMemoryMiB()
+{
+    QFile statm(QStringLiteral("/proc/self/statm"));
+    if (!statm.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    const QList<QByteArray> fields = statm.readAll().split(' ');
+    bool ok = false;
+    const qint64 pages = fields.size() > 1 ? fields[1].toLongLong(&ok) : 0;
+    if (!ok)
+        return std::nullopt;
+    return double(pages) * double(sysconf(_SC_PAGESIZE)) / (1024.0 * 1024.0);
+}
+
+} // namespace tb

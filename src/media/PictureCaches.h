@@ -1,0 +1,26 @@
+#pragma once
+
+#include "ImageLoader.h"
+#include "PlaybackCaches.h"
+#include "ThumbnailGenerator.h"
+#include "VideoThumbnailGenerator.h"
+
+namespace tb {
+
+// The program's three picture services, shared by the queue and every show.
+class PictureCaches final : public PlaybackCaches {
+public:
+    explicit PictureCaches(QSize screenLimit = {}) : images(screenLimit) {}
+
+    ImageLoader images;
+    ThumbnailGenerator thumbnails;
+    VideoThumbnailGenerator videoThumbnails;
+
+    void clearPictures() override { images.clearCache(); }
+    void clearThumbnails() override { thumbnails.clearCache(); }
+    void clearVideoThumbnails() override { videoThumbnails.clearCache(); }
+    // Decodes the coming items on the thread pool, so the show finds them ready.
+    void preload(const QList<IdentifiableImage>& items) override;
+};
+
+} // namespace tb

@@ -1,0 +1,40 @@
+#include "ThumbnailGenerator.h"
+
+#include "ImageLoader.h"
+#include "core/Logger.h"
+
+#include <QFileInfo>
+#include <QImageReader>
+
+namespace tb {
+
+std::optional<QImage> ThumbnailGenerator::generateThumbnail(const QUrl& url, QSize size)
+{
+    if (auto hit = cache.object(url))
+        return hit;
+
+    const QString path = url.toLocalFile();
+    QImageReader reader(path);
+    reader.setAutoTransform(true);
+    if (!reader.canRead()) {
+        logError(QStringLiteral("Failed to create image source for: ") + QFileInfo(path).fileName());
+        return std::nullopt;
+    }
+    const int maxPixelSize = 2 * std::max(size.width(), size.height());
+    const QSize stored = reader.size();
+    // Never larger than maxPixelSize on the longer side, and never enlarged.
+    if (stored.isValid() && maxPixelSize > 0 && std::max(stored.width(), stored.height()) > maxPixelSize)
+        reader.setScaledSize(stored.scaled(maxPixelSize, maxPixelSize, Qt::KeepAspectRatio));
+    const QImage thumbnail = reader.read();
+    if (thumbnail.isNull())
+        return std::nullopt;
+
+    cache.insert(url, thumbnail, qint64(thumbnail.width()) * thumbnail.height() * 4);
+    if (++generated % 10 == 0) {
+        if (const auto resident = residentMemoryMiB())
+            logInfo(QStringLiteral("Memory usage: %1MB").arg(QString::asprintf("%.1f", *resident)));
+    }
+    return thumbnail;
+}
+
+} // namespace tb

@@ -1,0 +1,162 @@
+#include "TestPictures.h"
+#include "media/ImageLoader.h"
+#include "media/ThumbnailGenerator.h"
+#include "media/VideoThumbnailGenerator.h"
+#include "support/LogCapture.h"
+
+#include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+using namespace tb;
+using namespace tb::test;
+
+namespace {
+
+QUrl fileUrl(const QString& path) { return QUrl::fromLocalFile(path); }
+
+QString writePng(const QTemporaryDir& dir, const QString& name, QSize size)
+{
+    const QString path = dir.filePath(name);
+    EXPECT_TRUE(writePicture(twoColourPicture(size.width(), size.height()), path));
+    return path;
+}
+
+bool makeClip(const QString& path, const QStringList& input)
+{
+    QProcess ffmpeg;
+    ffmpeg.start(QStringLiteral("ffmpeg"), QStringList{QStringLiteral("-v"), QStringLiteral("error")} + input +
+                                               QStringList{QStringLiteral("-t"), QStringLiteral("1"), path});
+    return ffmpeg.waitForFinished(60000) && ffmpeg.exitCode() == 0;
+}
+
+} // namespace
+
+TEST(ImageLoader, CachesFiftyPicturesByTheCostOfTheirPixels)
+{
+    QTemporaryDir dir;
+    ImageLoader loader;
+    const QString first = writePng(dir, QStringLiteral("0.png"), QSize(100, 100));
+    ASSERT_TRUE(loader.loadImage(fileUrl(first)));
+    EXPECT_EQ(loader.cachedCost(), 40000);
+
+    // A cached picture is served even after its file is gone.
+    QFile::remove(first);
+    EXPECT_TRUE(loader.loadImage(fileUrl(first)));
+
+    for (int i = 1; i <= 50; ++i)
+        ASSERT_TRUE(loader.loadImage(fileUrl(writePng(dir, QStringLiteral("%1.png").arg(i), QSize(10, 10)))));
+    EXPECT_EQ(loader.cachedCount(), 50);
+    EXPECT_FALSE(loader.isCached(fileUrl(first))) << "the 51st picture pushed out the oldest";
+    loader.clearCache();
+    EXPECT_EQ(loader.cachedCount(), 0);
+}
+
+TEST(ImageLoader, DecodesNoLargerThanTheScreenButKeepsThePicturesOwnSize)
+{
+    QTemporaryDir dir;
+    ImageLoader loader(QSize(1000, 800));
+    const auto wide = loader.loadImage(fileUrl(writePng(dir, QStringLiteral("wide.png"), QSize(4000, 1000))));
+    ASSERT_TRUE(wide);
+    EXPECT_EQ(wide->image.size(), QSize(1000, 250));
+    EXPECT_EQ(wide->originalSize, QSize(4000, 1000));
+    EXPECT_EQ(loader.cachedCost(), 1000 * 250 * 4);
+    const auto small = loader.loadImage(fileUrl(writePng(dir, QStringLiteral("small.png"), QSize(100, 100))));
+    EXPECT_EQ(small->image.size(), QSize(100, 100)) << "never enlarged";
+}
+
+TEST(ImageLoader, FailuresAreLoggedAndNetworkFilesWarned)
+{
+    QTemporaryDir dir;
+    LogCapture log;
+    const QString broken = dir.filePath(QStringLiteral("broken.jpg"));
+    QFile file(broken);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("no jpeg here");
+    file.close();
+
+    ImageLoader local(QSize(), [](const QString&) { return false; });
+    EXPECT_FALSE(local.loadImage(fileUrl(dir.filePath(QStringLiteral("missing.png")))));
+    EXPECT_FALSE(local.loadImage(fileUrl(broken)));
+    EXPECT_FALSE(local.loadImage(fileUrl(broken))) << "a failure is not remembered: it is tried again";
+    const QStringList errors = log.messages(LogLevel::Error);
+    ASSERT_EQ(errors.size(), 3);
+    EXPECT_EQ(errors[0], QStringLiteral("Image file does not exist: ") + dir.filePath(QStringLiteral("missing.png")));
+    EXPECT_TRUE(QRegularExpression(QStringLiteral(R"(^Failed to load image \(took \d+\.\d\ds\): broken\.jpg$)"))
+                    .match(errors[1])
+                    .hasMatch())
+        << errors[1].toStdString();
+    EXPECT_TRUE(log.messages(LogLevel::Warning).isEmpty());
+
+    ImageLoader remote(QSize(), [](const QString&) { return true; });
+    EXPECT_FALSE(remote.loadImage(fileUrl(broken)));
+    EXPECT_EQ(log.messages(LogLevel::Warning),
+              QStringList{QStringLiteral("Image is on network volume - may require folder access permission")});
+
+    EXPECT_TRUE(isNetworkPath(QStringLiteral("/run/user/1000/gvfs/smb-share:server=nas,share=photos/a.jpg")));
+    EXPECT_FALSE(isNetworkPath(dir.path()));
+}
+
+TEST(ThumbnailGenerator, AtMostTwiceTheDisplaySizeAndAMemoryLineEveryTenth)
+{
+    QTemporaryDir dir;
+    LogCapture log;
+    ThumbnailGenerator thumbnails;
+    const QString big = writePng(dir, QStringLiteral("big.png"), QSize(1000, 500));
+    const auto thumbnail = thumbnails.generateThumbnail(fileUrl(big), QSize(150, 100));
+    ASSERT_TRUE(thumbnail);
+    EXPECT_EQ(thumbnail->size(), QSize(300, 150));
+    EXPECT_EQ(thumbnails.generateThumbnail(fileUrl(big), QSize(10, 10))->size(), QSize(300, 150))
+        << "the size asked first is the size kept";
+    EXPECT_EQ(
+        thumbnails.generateThumbnail(fileUrl(writePng(dir, QStringLiteral("s.png"), QSize(60, 30))), QSize(150, 150))
+            ->size(),
+        QSize(60, 30));
+
+    for (int i = 0; i < 28; ++i)
+        thumbnails.generateThumbnail(fileUrl(writePng(dir, QStringLiteral("t%1.png").arg(i), QSize(20, 20))),
+                                     QSize(150, 150));
+    const QStringList memory = log.messages(LogLevel::Info).filter(QStringLiteral("Memory usage: "));
+    EXPECT_EQ(memory.size(), 3) << "after the 10th, 20th and 30th";
+    EXPECT_TRUE(QRegularExpression(QStringLiteral(R"(^Memory usage: \d+\.\dMB$)")).match(memory.value(0)).hasMatch());
+
+    const QString text = dir.filePath(QStringLiteral("notes.jpg"));
+    QFile file(text);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("plain words");
+    file.close();
+    EXPECT_FALSE(thumbnails.generateThumbnail(fileUrl(text), QSize(150, 150)));
+    EXPECT_EQ(log.messages(LogLevel::Error),
+              QStringList{QStringLiteral("Failed to create image source for: notes.jpg")});
+}
+
+TEST(VideoThumbnailGenerator, PosterFramesFitInFourHundredAndClipsWithoutVideoFail)
+{
+    QTemporaryDir dir;
+    LogCapture log;
+    const QString clip = dir.filePath(QStringLiteral("clip.mp4"));
+    ASSERT_TRUE(makeClip(clip, {QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
+                                QStringLiteral("color=c=red:s=640x360:r=10"), QStringLiteral("-c:v"),
+                                QStringLiteral("mpeg4")}));
+    VideoThumbnailGenerator posters;
+    const auto poster = posters.thumbnail(fileUrl(clip));
+    ASSERT_TRUE(poster);
+    EXPECT_EQ(poster->size(), QSize(400, 225));
+    const QColor middle = poster->pixelColor(200, 112);
+    EXPECT_GT(middle.red(), 200);
+    EXPECT_LT(middle.green(), 60);
+
+    const QString sound = dir.filePath(QStringLiteral("sound.mp4"));
+    ASSERT_TRUE(makeClip(sound, {QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
+                                 QStringLiteral("sine=frequency=440"), QStringLiteral("-c:a"), QStringLiteral("aac")}));
+    EXPECT_FALSE(posters.thumbnail(fileUrl(sound)));
+    EXPECT_EQ(
+        log.messages(LogLevel::Error),
+        QStringList{QStringLiteral("Failed to generate video thumbnail for sound.mp4: The file has no video track.")});
+
+    posters.clearCache();
+    EXPECT_TRUE(log.contains(LogLevel::Info, QStringLiteral("VideoThumbnailGenerator cache cleared")));
+}
