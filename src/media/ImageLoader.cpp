@@ -66,6 +66,16 @@ std::optional<Picture> ImageLoader::loadImage(const QUrl& url)
     return picture;
 }
 
+QSize pictureSize(const QString& path)
+{
+    QImageReader reader(path);
+    reader.setAutoTransform(true);
+    QSize size = reader.size();
+    if (size.isValid() && reader.transformation().testFlag(QImageIOHandler::TransformationRotate90))
+        size.transpose();
+    return size;
+}
+
 bool isNetworkPath(const QString& path)
 {
     static const QRegularExpression gvfs(QStringLiteral("^/run/user/\\d+/gvfs/"));

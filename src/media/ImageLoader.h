@@ -45,6 +45,10 @@ private:
     NetworkTest isNetworkPath;
 };
 
+// A picture's own size, upright, read from its header without decoding; invalid when the file
+// cannot be read.
+QSize pictureSize(const QString& path);
+
 // Whether a path lies on a network or user-space file system (NFS, SMB/CIFS, FUSE, 9P, AFS,
 // Ceph) or in a GVFS mount, where access may need the user's permission.
 bool isNetworkPath(const QString& path);

@@ -17,4 +17,13 @@ void PictureCaches::preload(const QList<IdentifiableImage>& items)
     });
 }
 
+std::optional<QImage> PictureCaches::picture(const QUrl& url, bool isVideo)
+{
+    if (isVideo)
+        return videoThumbnails.thumbnail(url);
+    if (auto loaded = images.loadImage(url))
+        return loaded->image;
+    return std::nullopt;
+}
+
 } // namespace tb

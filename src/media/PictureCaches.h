@@ -21,6 +21,7 @@ public:
     void clearVideoThumbnails() override { videoThumbnails.clearCache(); }
     // Decodes the coming items on the thread pool, so the show finds them ready.
     void preload(const QList<IdentifiableImage>& items) override;
+    std::optional<QImage> picture(const QUrl& url, bool isVideo) override;
 };
 
 } // namespace tb

@@ -2,7 +2,10 @@
 
 #include "IdentifiableImage.h"
 
+#include <QImage>
 #include <QList>
+
+#include <optional>
 
 namespace tb {
 
@@ -16,6 +19,9 @@ public:
     virtual void clearVideoThumbnails() = 0;
     // Decodes these items into the picture cache, in the background.
     virtual void preload(const QList<IdentifiableImage>& items) = 0;
+    // The picture to show for a file: the full picture, or a clip's poster frame. Blocking and
+    // safe from any thread.
+    virtual std::optional<QImage> picture(const QUrl& url, bool isVideo) = 0;
 };
 
 } // namespace tb

@@ -1,14 +1,17 @@
 #include "PlayerWindow.h"
 
+#include "PictureProvider.h"
 #include "SlideshowView.h"
 #include "core/Logger.h"
 
 #include <QKeyEvent>
+#include <QQmlEngine>
 #include <QScreen>
 
 namespace tb {
 
-PlayerWindow::PlayerWindow(SlideshowView* player, QScreen* screen, bool windowed, bool floatOnTop)
+PlayerWindow::PlayerWindow(SlideshowView* player, PlaybackCaches& caches, QScreen* screen, bool windowed,
+                           bool floatOnTop)
     : player(player), targetScreen(screen), windowed(windowed)
 {
     player->setParent(this);
@@ -16,6 +19,7 @@ PlayerWindow::PlayerWindow(SlideshowView* player, QScreen* screen, bool windowed
     setTitle(QStringLiteral("Tallowbrook Slideshow"));
     setFlag(Qt::WindowStaysOnTopHint, floatOnTop);
     setResizeMode(QQuickView::SizeRootObjectToView);
+    engine()->addImageProvider(QStringLiteral("picture"), new PictureProvider(caches));
     setInitialProperties({{QStringLiteral("player"), QVariant::fromValue<QObject*>(player)}});
     setSource(QUrl(QStringLiteral("qrc:/tallowbrook/playback/qml/SlideshowPlayer.qml")));
     for (const QQmlError& error : errors())

@@ -5,6 +5,7 @@
 
 namespace tb {
 
+class PlaybackCaches;
 class SlideshowView;
 
 // The window of one show: black, on the chosen screen, full screen or 75 % centred. It owns
@@ -12,7 +13,7 @@ class SlideshowView;
 class PlayerWindow final : public QQuickView {
     Q_OBJECT
 public:
-    PlayerWindow(SlideshowView* player, QScreen* screen, bool windowed, bool floatOnTop);
+    PlayerWindow(SlideshowView* player, PlaybackCaches& caches, QScreen* screen, bool windowed, bool floatOnTop);
     ~PlayerWindow() override;
 
     // 75 % of the screen, centred on it.

@@ -1,11 +1,15 @@
 #include "SlideshowView.h"
 
+#include "PictureProvider.h"
 #include "SlideshowManager.h"
 #include "audio/SlideshowAudio.h"
 #include "core/Logger.h"
 #include "core/RandomSource.h"
 #include "core/SettingsStore.h"
+#include "media/ImageLoader.h"
 #include "media/PlaybackCaches.h"
+
+#include <QFile>
 
 #include <algorithm>
 #include <numeric>
@@ -28,6 +32,9 @@ SlideshowView::SlideshowView(QList<IdentifiableImage>& images, SlideshowConfigur
       sleepPreventer(services.sleepInhibitor)
 {
     connect(&services.manager, &SlideshowManager::isSlideshowRunningChanged, this, &SlideshowView::onRunningChanged);
+    // What the window shows is known before it loads, so its first frame is already right.
+    background = services.settings.loadColor(Settings::backgroundColorData, Qt::black);
+    choosePresentation();
 }
 
 SlideshowView::~SlideshowView()
@@ -55,7 +62,6 @@ QUrl SlideshowView::currentUrl() const
 void SlideshowView::onAppear()
 {
     logInfo(QStringLiteral("[Slideshow] View appeared"));
-    background = services.settings.loadColor(Settings::backgroundColorData, Qt::black);
     sleepPreventer.preventSleep();
 
     if (services.manager.isSlideshowRunning()) {
@@ -451,7 +457,44 @@ void SlideshowView::setCurrentIndex(int index)
     current = index;
     setRemainingTime(config.slideshowDelay);
     startCountdown();
+    choosePresentation();
     Q_EMIT currentIndexChanged();
+}
+
+void SlideshowView::choosePresentation()
+{
+    pictureSizeValue = QSize();
+    source.clear();
+    if (config.transitionType == TransitionType::kenBurns) {
+        kenBurnsZoom = 1.1 + services.random.unit() * 0.15;
+        kenBurnsDrift = QPointF(-30 + services.random.unit() * 60, -30 + services.random.unit() * 60);
+    }
+    if (current < 0 || current >= images.size()) {
+        kind = QStringLiteral("none");
+        return;
+    }
+    const IdentifiableImage& item = images[current];
+    if (item.isVideo()) {
+        kind = QStringLiteral("video"); // the poster frame, until clips play in the show
+        source = PictureProvider::sourceFor(item.url(), true);
+        return;
+    }
+    // A GIF animates on its own, whatever the transition; one that cannot be read is shown as a
+    // still picture instead.
+    if (item.isGIF() && QFile(item.filePath()).open(QIODevice::ReadOnly)) {
+        kind = QStringLiteral("gif");
+        source = item.url().toString();
+        return;
+    }
+    source = PictureProvider::sourceFor(item.url(), false);
+    if (config.transitionType == TransitionType::kenBurns) {
+        kind = QStringLiteral("kenBurns");
+    } else if (config.imageScalingMode == ImageScalingMode::bestFit) {
+        kind = QStringLiteral("bestFit");
+        pictureSizeValue = pictureSize(item.filePath());
+    } else {
+        kind = config.imageScalingMode == ImageScalingMode::fill ? QStringLiteral("fill") : QStringLiteral("fit");
+    }
 }
 
 void SlideshowView::setRemainingTime(double seconds)

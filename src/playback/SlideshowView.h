@@ -8,7 +8,9 @@
 #include <QColor>
 #include <QList>
 #include <QObject>
+#include <QPointF>
 #include <QSet>
+#include <QSize>
 #include <QUrl>
 #include <QUuid>
 
@@ -63,6 +65,14 @@ class SlideshowView final : public QObject {
     Q_PROPERTY(bool showPauseInfo READ showPauseInfo NOTIFY indicatorsChanged)
     Q_PROPERTY(bool showResumeInfo READ showResumeInfo NOTIFY indicatorsChanged)
     Q_PROPERTY(QColor backgroundColor READ backgroundColor CONSTANT)
+    // What the window draws for the current item, and how it changes.
+    Q_PROPERTY(QString currentKind READ currentKind NOTIFY currentIndexChanged)
+    Q_PROPERTY(QString currentSource READ currentSource NOTIFY currentIndexChanged)
+    Q_PROPERTY(QSize currentPictureSize READ currentPictureSize NOTIFY currentIndexChanged)
+    Q_PROPERTY(bool fades READ fades CONSTANT)
+    Q_PROPERTY(double crossfadeDuration READ crossfadeDuration CONSTANT)
+    Q_PROPERTY(double kenBurnsScale READ kenBurnsScale NOTIFY currentIndexChanged)
+    Q_PROPERTY(QPointF kenBurnsOffset READ kenBurnsOffset NOTIFY currentIndexChanged)
 public:
     SlideshowView(QList<IdentifiableImage>& images, SlideshowConfiguration configuration, PlayerServices services,
                   QObject* parent = nullptr);
@@ -92,6 +102,17 @@ public:
     bool showPauseInfo() const { return pauseInfo; }
     bool showResumeInfo() const { return resumeInfo; }
     QColor backgroundColor() const { return background; }
+    // "none" (nothing to show), "video", "gif", "kenBurns", "bestFit", "fit" or "fill", chosen in
+    // that order of precedence.
+    QString currentKind() const { return kind; }
+    QString currentSource() const { return source; }
+    QSize currentPictureSize() const { return pictureSizeValue; }
+    bool fades() const { return config.transitionType == TransitionType::fade; }
+    double crossfadeDuration() const { return config.crossfadeDuration; }
+    // Where the Ken Burns motion of the current picture ends: a zoom of 1.1 to 1.25 and a drift
+    // of up to 30 points each way, drawn afresh at each change.
+    double kenBurnsScale() const { return kenBurnsZoom; }
+    QPointF kenBurnsOffset() const { return kenBurnsDrift; }
     bool hasStoppedSlideshow() const { return hasStopped; }
     const QList<int>& shuffledIndices() const { return shuffled; }
     int shuffledIndex() const { return shuffledPosition; }
@@ -124,6 +145,7 @@ private:
     void addToHistory();
 
     void setCurrentIndex(int index);
+    void choosePresentation();
     void setRemainingTime(double seconds);
     void startCountdown();
     void restartCountdown();
@@ -150,6 +172,11 @@ private:
     std::function<void()> closePlayer;
 
     QColor background = Qt::black;
+    QString kind = QStringLiteral("none");
+    QString source;
+    QSize pictureSizeValue;
+    double kenBurnsZoom = 1.0;
+    QPointF kenBurnsDrift;
     int current = 0;
     QList<int> shuffled;
     int shuffledPosition = 0;

@@ -53,7 +53,7 @@ void ScreenPlayerPresenter::present(const ShowRequest& request, QList<Identifiab
         new SlideshowView(images, request.single,
                           PlayerServices{services.scheduler, services.random, services.slideshowManager, services.audio,
                                          services.caches, services.sleepInhibitor, services.settings});
-    window = new PlayerWindow(player, screen, request.startInWindowedMode, request.floatOnTop);
+    window = new PlayerWindow(player, services.caches, screen, request.startInWindowedMode, request.floatOnTop);
     QPointer<PlayerWindow> target = window;
     player->setClosePlayer([target] {
         if (target)

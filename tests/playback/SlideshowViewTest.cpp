@@ -1,5 +1,8 @@
 #include "PlayerHarness.h"
 
+#include <QFile>
+#include <QFileInfo>
+
 #include <gtest/gtest.h>
 
 using namespace tb;
@@ -360,4 +363,48 @@ TEST(SleepPreventer, HoldsAndReleasesWithItsLogLines)
     EXPECT_EQ(preventer.assertionID(), 42u) << "a failed release keeps the id for the next try";
     EXPECT_EQ(log.messages(LogLevel::Info).last(),
               QStringLiteral("Failed to allow display sleep (error code: org.freedesktop.DBus.Error.NoReply)"));
+}
+
+TEST(SlideshowView, ChoosesHowEachItemIsShown)
+{
+    QTemporaryDir dir;
+    const QString gif = dir.filePath(QStringLiteral("moving.gif"));
+    QFile(QStringLiteral(TALLOWBROOK_FIXTURES "/two-frames.gif")).copy(gif);
+    auto item = [](const QString& path, bool isGif, bool isVideo) {
+        return IdentifiableImage(QUuid::createUuid(), QUrl::fromLocalFile(path), QFileInfo(path).fileName(),
+                                 QFileInfo(path).path(), std::nullopt, isGif, isVideo,
+                                 isVideo ? std::optional<double>(3.0) : std::nullopt);
+    };
+    struct Case {
+        TransitionType transition;
+        ImageScalingMode scaling;
+        QList<const char*> kinds; // for: clip, GIF, missing GIF, photo
+    };
+    for (const Case& c :
+         {Case{TransitionType::kenBurns, ImageScalingMode::fit, {"video", "gif", "kenBurns", "kenBurns"}},
+          Case{TransitionType::fade, ImageScalingMode::bestFit, {"video", "gif", "bestFit", "bestFit"}},
+          Case{TransitionType::none, ImageScalingMode::fill, {"video", "gif", "fill", "fill"}},
+          Case{TransitionType::none, ImageScalingMode::fit, {"video", "gif", "fit", "fit"}}}) {
+        PlayerHarness h;
+        SlideshowConfiguration config = timed(false, true);
+        config.transitionType = c.transition;
+        config.imageScalingMode = c.scaling;
+        config.isManualMode = true;
+        SlideshowView& p = h.start(0, config);
+        h.images = {item(dir.filePath(QStringLiteral("clip.mp4")), false, true), item(gif, true, false),
+                    item(dir.filePath(QStringLiteral("gone.gif")), true, false),
+                    item(dir.filePath(QStringLiteral("photo.jpg")), false, false)};
+        for (int i = 0; i < 4; ++i) {
+            p.goForwardByArrow();
+            SCOPED_TRACE(i);
+            EXPECT_EQ(p.currentKind(), QLatin1String(c.kinds[(i + 1) % 4]));
+        }
+        if (c.transition == TransitionType::kenBurns) {
+            EXPECT_GE(p.kenBurnsScale(), 1.1);
+            EXPECT_LE(p.kenBurnsScale(), 1.25);
+            EXPECT_LE(std::abs(p.kenBurnsOffset().x()), 30.0);
+            EXPECT_LE(std::abs(p.kenBurnsOffset().y()), 30.0);
+        }
+        EXPECT_EQ(p.fades(), c.transition == TransitionType::fade);
+    }
 }

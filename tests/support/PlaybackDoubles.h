@@ -5,6 +5,7 @@
 #include "core/SleepInhibitor.h"
 #include "media/PlaybackCaches.h"
 
+#include <QImageReader>
 #include <QStringList>
 #include <QUrl>
 #include <QUuid>
@@ -46,6 +47,14 @@ public:
     void clearThumbnails() override { ++thumbnailClears; }
     void clearVideoThumbnails() override { ++videoThumbnailClears; }
     void preload(const QList<IdentifiableImage>& items) override { preloads.append(int(items.size())); }
+    // Reads the file itself, uncached.
+    std::optional<QImage> picture(const QUrl& url, bool) override
+    {
+        QImageReader reader(url.toLocalFile());
+        reader.setAutoTransform(true);
+        const QImage image = reader.read();
+        return image.isNull() ? std::nullopt : std::optional<QImage>(image);
+    }
     int pictureClears = 0;
     int thumbnailClears = 0;
     int videoThumbnailClears = 0;

@@ -1,22 +1,198 @@
 import QtQuick
 
-// What a single-photo show puts on screen: the current picture on the background colour, and
-// the pause indicators. The player object holds all state; this only shows it.
+// What a single-photo show puts on screen. The player object holds all state; this only shows
+// it: one slide per item, laid out by the player's choice of view, changed with a cross-fade
+// when the show fades, and the pause indicators above.
 Rectangle {
     id: root
     required property QtObject player
     color: player.backgroundColor
+    clip: true
 
-    Image {
-        anchors.fill: parent
-        source: root.player.currentUrl
-        fillMode: Image.PreserveAspectFit
-        asynchronous: true
-        autoTransform: true
-        cache: false
-        // Decode at the size shown, not the camera's 24 megapixels.
-        sourceSize.width: root.width
-        sourceSize.height: root.height
+    property Item currentSlide: null
+
+    // A new slide for the current item. It takes over once its picture is decoded, so no frame
+    // of a fade waits on a decoder; under a fade the old slide fades out meanwhile.
+    function present() {
+        const previous = currentSlide
+        currentSlide = slideComponent.createObject(slides, {
+            kind: player.currentKind,
+            source: player.currentSource,
+            pictureSize: player.currentPictureSize,
+            zoom: player.kenBurnsScale,
+            drift: player.kenBurnsOffset,
+            previous: previous
+        })
+    }
+
+    Connections {
+        target: root.player
+        function onCurrentIndexChanged() { root.present() }
+    }
+    Component.onCompleted: present()
+
+    Item { id: slides; anchors.fill: parent }
+
+    Component {
+        id: slideComponent
+
+        Item {
+            id: slide
+            anchors.fill: parent
+            opacity: 0
+
+            property string kind
+            property string source
+            property size pictureSize
+            property real zoom: 1
+            property point drift
+            property Item previous
+            // A clip always fades in; pictures fade only when the show fades.
+            readonly property bool fadesIn: kind === "video" || root.player.fades
+            readonly property int fadeMs: Math.max(0, root.player.crossfadeDuration * 1000)
+            readonly property bool ready: kind === "none" || (view.item !== null
+                                          && view.item.status !== undefined
+                                          && view.item.status !== Image.Loading)
+
+            function takeOver() {
+                if (fadesIn) {
+                    fadeIn.start()
+                    if (previous)
+                        previous.leave(fadeMs)
+                } else {
+                    opacity = 1
+                    if (previous)
+                        previous.leave(0)
+                }
+                previous = null
+            }
+            function leave(ms) {
+                if (ms > 0) {
+                    fadeOut.duration = ms
+                    fadeOut.from = opacity
+                    fadeOut.start()
+                } else {
+                    destroy()
+                }
+            }
+            onReadyChanged: if (ready) takeOver()
+            Component.onCompleted: if (ready) takeOver()
+
+            NumberAnimation on opacity {
+                id: fadeIn
+                running: false
+                to: 1
+                duration: slide.fadeMs
+                easing.type: Easing.InOutQuad
+            }
+            NumberAnimation {
+                id: fadeOut
+                target: slide
+                property: "opacity"
+                to: 0
+                easing.type: Easing.InOutQuad
+                onFinished: slide.destroy()
+            }
+
+            Loader {
+                id: view
+                anchors.fill: parent
+                sourceComponent: {
+                    switch (slide.kind) {
+                    case "gif": return gifView
+                    case "kenBurns": return kenBurnsView
+                    case "bestFit": return bestFitView
+                    case "fill": return fillView
+                    case "fit":
+                    case "video": return fitView
+                    default: return null
+                    }
+                }
+            }
+
+            Component {
+                id: gifView
+                // Keeps its aspect and scales up, whatever the scaling mode.
+                AnimatedImage {
+                    source: slide.source
+                    fillMode: Image.PreserveAspectFit
+                    cache: false
+                }
+            }
+            Component {
+                id: fitView
+                Image {
+                    source: slide.source
+                    fillMode: Image.PreserveAspectFit
+                    asynchronous: true
+                    cache: false
+                    smooth: true
+                }
+            }
+            Component {
+                id: fillView
+                Image {
+                    source: slide.source
+                    fillMode: Image.PreserveAspectCrop
+                    asynchronous: true
+                    cache: false
+                    smooth: true
+                }
+            }
+            Component {
+                id: bestFitView
+                // The picture's own size, shrunk to fit, never enlarged, centred.
+                Item {
+                    readonly property alias status: picture.status
+                    readonly property real factor: slide.pictureSize.width > 0 && slide.pictureSize.height > 0
+                        ? Math.min(width / slide.pictureSize.width, height / slide.pictureSize.height, 1) : 1
+                    Image {
+                        id: picture
+                        anchors.centerIn: parent
+                        width: slide.pictureSize.width > 0 ? slide.pictureSize.width * parent.factor : parent.width
+                        height: slide.pictureSize.height > 0 ? slide.pictureSize.height * parent.factor : parent.height
+                        source: slide.source
+                        fillMode: Image.PreserveAspectFit
+                        asynchronous: true
+                        cache: false
+                        smooth: true
+                    }
+                }
+            }
+            Component {
+                id: kenBurnsView
+                // From 1.0 to the player's zoom and drift, linear over 10 s, starting 0.1 s in.
+                Item {
+                    readonly property alias status: picture.status
+                    Image {
+                        id: picture
+                        anchors.fill: parent
+                        source: slide.source
+                        fillMode: Image.PreserveAspectFit
+                        asynchronous: true
+                        cache: false
+                        smooth: true
+                        transform: [
+                            Scale {
+                                id: zoom
+                                origin.x: picture.width / 2
+                                origin.y: picture.height / 2
+                            },
+                            Translate { id: drift }
+                        ]
+                    }
+                    SequentialAnimation {
+                        running: true
+                        PauseAnimation { duration: 100 }
+                        ParallelAnimation {
+                            NumberAnimation { target: zoom; properties: "xScale,yScale"; to: slide.zoom; duration: 10000 }
+                            NumberAnimation { target: drift; property: "x"; to: slide.drift.x; duration: 10000 }
+                            NumberAnimation { target: drift; property: "y"; to: slide.drift.y; duration: 10000 }
+                        }
+                    }
+                }
+            }
+        }
     }
 
     component Indicator: Rectangle {

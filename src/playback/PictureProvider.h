@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QQuickAsyncImageProvider>
+
+namespace tb {
+
+class PlaybackCaches;
+
+// Serves the player's pictures to QML from the picture caches, decoding on the thread pool so
+// no frame waits on a decoder. Ids are "p/<url>" for pictures and "v/<url>" for clips' posters.
+class PictureProvider final : public QQuickAsyncImageProvider {
+public:
+    explicit PictureProvider(PlaybackCaches& caches) : caches(caches) {}
+
+    QQuickImageResponse* requestImageResponse(const QString& id, const QSize& requestedSize) override;
+
+    static QString sourceFor(const QUrl& url, bool isVideo);
+
+private:
+    PlaybackCaches& caches;
+};
+
+} // namespace tb
