@@ -205,19 +205,19 @@ void Logger::removeListener(int id)
     listeners.erase(id);
 }
 
-void logInfo(const QString& message, const std::source_location& where)
+void logInfo(const QString& message, SourceLocation where)
 {
-    Logger::shared().log(message, where.file_name(), int(where.line()), LogLevel::Info);
+    Logger::shared().log(message, where.file, where.line, LogLevel::Info);
 }
 
-void logWarning(const QString& message, const std::source_location& where)
+void logWarning(const QString& message, SourceLocation where)
 {
-    Logger::shared().log(message, where.file_name(), int(where.line()), LogLevel::Warning);
+    Logger::shared().log(message, where.file, where.line, LogLevel::Warning);
 }
 
-void logError(const QString& message, const std::source_location& where)
+void logError(const QString& message, SourceLocation where)
 {
-    Logger::shared().log(message, where.file_name(), int(where.line()), LogLevel::Error);
+    Logger::shared().log(message, where.file, where.line, LogLevel::Error);
 }
 
 } // namespace tb

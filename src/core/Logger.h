@@ -9,7 +9,6 @@
 #include <map>
 #include <memory>
 #include <optional>
-#include <source_location>
 #include <string_view>
 
 namespace tb {
@@ -64,8 +63,19 @@ private:
     int lastListenerId = 0;
 };
 
-void logInfo(const QString& message, const std::source_location& where = std::source_location::current());
-void logWarning(const QString& message, const std::source_location& where = std::source_location::current());
-void logError(const QString& message, const std::source_location& where = std::source_location::current());
+// The caller's file and line, filled in at the call site. (std::source_location would do, but
+// clang 14 cannot use libstdc++'s; these builtins work in both compilers.)
+struct SourceLocation {
+    static constexpr SourceLocation current(const char* file = __builtin_FILE(), int line = __builtin_LINE())
+    {
+        return SourceLocation{file, line};
+    }
+    const char* file;
+    int line;
+};
+
+void logInfo(const QString& message, SourceLocation where = SourceLocation::current());
+void logWarning(const QString& message, SourceLocation where = SourceLocation::current());
+void logError(const QString& message, SourceLocation where = SourceLocation::current());
 
 } // namespace tb

@@ -1,0 +1,144 @@
+// Runs the real player window on pictures and measures it.
+//   player_bench crossfade <first> <second>   frame times during a 2 s cross-fade
+//   player_bench memory <picture>...           resident memory over a sequential show
+//   player_bench advance <first> <second>      time from an advance to the new picture on screen
+// Run under a display (bench/run_player.sh starts Xvfb at 1920x1080).
+#include "audio/SlideshowAudio.h"
+#include "core/Logger.h"
+#include "core/QtScheduler.h"
+#include "core/RandomSource.h"
+#include "core/SettingsStore.h"
+#include "core/SleepInhibitor.h"
+#include "media/IdentifiableImage.h"
+#include "media/PictureCaches.h"
+#include "playback/PlayerWindow.h"
+#include "playback/SlideshowManager.h"
+#include "playback/SlideshowView.h"
+
+#include <QElapsedTimer>
+#include <QGuiApplication>
+#include <QQuickItem>
+#include <QScreen>
+#include <QTemporaryDir>
+#include <QTimer>
+
+#include <algorithm>
+#include <cstdio>
+#include <numeric>
+
+namespace {
+
+class NoHold final : public tb::SleepInhibitor {
+public:
+    std::variant<quint32, QString> inhibit(const QString&) override { return quint32(1); }
+    std::optional<QString> uninhibit(quint32) override { return std::nullopt; }
+};
+
+// Waits, running the event loop, until the condition holds or the time is up.
+bool waitFor(const std::function<bool()>& condition, int ms)
+{
+    QElapsedTimer clock;
+    clock.start();
+    while (!condition() && clock.elapsed() < ms)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+    return condition();
+}
+
+// The slide on screen has fully taken over.
+bool settled(tb::PlayerWindow& window)
+{
+    QQuickItem* root = window.rootObject();
+    auto* slide = root ? root->property("currentSlide").value<QQuickItem*>() : nullptr;
+    return slide && slide->opacity() >= 1.0;
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    QGuiApplication app(argc, argv);
+    tb::Logger::installShared(std::make_unique<tb::Logger>(std::nullopt, [](const QByteArray&) {}));
+    const QStringList args = QCoreApplication::arguments().mid(1);
+    if (args.size() < 2)
+        return 2;
+    const QString mode = args[0];
+
+    QTemporaryDir dir;
+    tb::SettingsStore settings(dir.filePath(QStringLiteral("settings.conf")));
+    tb::QtScheduler scheduler;
+    tb::SystemRandomSource random;
+    tb::SlideshowManager manager;
+    tb::EmptyPlaylist audio;
+    QScreen* screen = QGuiApplication::primaryScreen();
+    tb::PictureCaches caches(screen->size() * screen->devicePixelRatio() * 1.25);
+    NoHold hold;
+
+    QList<tb::IdentifiableImage> images;
+    for (const QString& file : args.mid(1))
+        images.append(tb::makeItem(QUrl::fromLocalFile(file)));
+
+    tb::SlideshowConfiguration config;
+    config.transitionType = mode == QLatin1String("crossfade") ? tb::TransitionType::fade : tb::TransitionType::none;
+    config.crossfadeDuration = 2.0;
+    config.imageScalingMode = tb::ImageScalingMode::fit;
+    config.isManualMode = mode != QLatin1String("memory");
+    config.slideshowDelay = 0.05;
+    manager.setSlideshowRunning(true);
+    auto* player = new tb::SlideshowView(images, config, {scheduler, random, manager, audio, caches, hold, settings});
+    tb::PlayerWindow window(player, caches, screen, false, false);
+    window.present();
+    player->onAppear();
+    if (!waitFor([&] { return settled(window); }, 30000)) {
+        std::fprintf(stderr, "the first picture never showed\n");
+        return 1;
+    }
+
+    if (mode == QLatin1String("crossfade")) {
+        QList<qint64> swaps;
+        QElapsedTimer clock;
+        QObject::connect(&window, &QQuickWindow::frameSwapped, [&] { swaps.append(clock.nsecsElapsed()); });
+        // Give the second picture time to be ready, as a running show's preloading does.
+        caches.preload({images[1]});
+        waitFor([] { return false; }, 1500);
+        clock.start();
+        player->goForwardByArrow();
+        waitFor([] { return false; }, 2600);
+        QList<double> gaps;
+        for (qsizetype i = 1; i < swaps.size(); ++i)
+            if (swaps[i] <= qint64(2.0e9))
+                gaps.append(double(swaps[i] - swaps[i - 1]) / 1e6);
+        if (gaps.isEmpty())
+            return 1;
+        const double mean = std::accumulate(gaps.begin(), gaps.end(), 0.0) / double(gaps.size());
+        std::printf("crossfade frames=%lld mean_ms=%.1f worst_ms=%.1f\n", qlonglong(gaps.size()), mean,
+                    *std::max_element(gaps.begin(), gaps.end()));
+    } else if (mode == QLatin1String("advance")) {
+        for (const char* state : {"cold", "preloaded"}) {
+            if (QLatin1String(state) == QLatin1String("preloaded")) {
+                player->goBackByArrow();
+                waitFor([&] { return settled(window); }, 30000);
+                caches.preload({images[1]});
+                waitFor([&] { return caches.images.isCached(images[1].url()); }, 30000);
+            } else {
+                caches.clearPictures();
+            }
+            QElapsedTimer clock;
+            clock.start();
+            player->goForwardByArrow();
+            waitFor([&] { return settled(window); }, 30000);
+            std::printf("advance %s ms=%.1f\n", state, double(clock.nsecsElapsed()) / 1e6);
+        }
+    } else {
+        const auto start = tb::residentMemoryMiB().value_or(0);
+        double peak = start;
+        QTimer sampler;
+        QObject::connect(&sampler, &QTimer::timeout,
+                         [&] { peak = std::max(peak, tb::residentMemoryMiB().value_or(0)); });
+        sampler.start(50);
+        waitFor([&] { return !manager.isSlideshowRunning(); }, 30 * 60 * 1000);
+        waitFor([] { return false; }, 500);
+        std::printf("memory pictures=%lld start_mib=%.0f peak_mib=%.0f end_mib=%.0f\n", qlonglong(images.size()), start,
+                    peak, tb::residentMemoryMiB().value_or(0));
+    }
+    return 0;
+}
