@@ -1,13 +1,20 @@
 #include "PictureCaches.h"
 
-#include <QtConcurrent/QtConcurrentRun>
 
 namespace tb {
 
+// One preload at a time: it runs ahead of the show, which needs only the next few pictures.
+PictureCaches::PictureCaches(QSize screenLimit) : images(screenLimit) { preloads.setMaxThreadCount(1); }
+
+PictureCaches::~PictureCaches()
+{
+    preloads.clear();
+    preloads.waitForDone();
+}
+
 void PictureCaches::preload(const QList<IdentifiableImage>& items)
 {
-    // The caches are made once for the process and outlive every pool task.
-    (void)QtConcurrent::run([this, items] {
+    preloads.start([this, items] {
         for (const IdentifiableImage& item : items) {
             if (item.isVideo())
                 videoThumbnails.thumbnail(item.url());

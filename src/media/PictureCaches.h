@@ -5,12 +5,16 @@
 #include "ThumbnailGenerator.h"
 #include "VideoThumbnailGenerator.h"
 
+#include <QThreadPool>
+
 namespace tb {
 
 // The program's three picture services, shared by the queue and every show.
 class PictureCaches final : public PlaybackCaches {
 public:
-    explicit PictureCaches(QSize screenLimit = {}) : images(screenLimit) {}
+    explicit PictureCaches(QSize screenLimit = {});
+    // Waits for preloads under way, which use the caches.
+    ~PictureCaches() override;
 
     ImageLoader images;
     ThumbnailGenerator thumbnails;
@@ -22,6 +26,9 @@ public:
     // Decodes the coming items on the thread pool, so the show finds them ready.
     void preload(const QList<IdentifiableImage>& items) override;
     std::optional<QImage> picture(const QUrl& url, bool isVideo) override;
+
+private:
+    QThreadPool preloads;
 };
 
 } // namespace tb

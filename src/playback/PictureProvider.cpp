@@ -2,8 +2,10 @@
 
 #include "media/PlaybackCaches.h"
 
+#include <QCoreApplication>
 #include <QImage>
-#include <QThreadPool>
+#include <QPointer>
+#include <QThread>
 #include <QUrl>
 
 namespace tb {
@@ -29,6 +31,18 @@ private:
 };
 
 } // namespace
+
+PictureProvider::PictureProvider(PlaybackCaches& caches) : caches(caches)
+{
+    // One decode per core at most; the show only ever needs the next picture or two.
+    pool.setMaxThreadCount(std::max(1, QThread::idealThreadCount()));
+}
+
+PictureProvider::~PictureProvider()
+{
+    pool.clear();
+    pool.waitForDone();
+}
 
 QString PictureProvider::sourceFor(const QUrl& url, bool isVideo)
 {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QQuickAsyncImageProvider>
+#include <QThreadPool>
 
 namespace tb {
 
@@ -10,7 +11,9 @@ class PlaybackCaches;
 // no frame waits on a decoder. Ids are "p/<url>" for pictures and "v/<url>" for clips' posters.
 class PictureProvider final : public QQuickAsyncImageProvider {
 public:
-    explicit PictureProvider(PlaybackCaches& caches) : caches(caches) {}
+    explicit PictureProvider(PlaybackCaches& caches);
+    // Waits for decodes under way: they read the caches, which may go next.
+    ~PictureProvider() override;
 
     QQuickImageResponse* requestImageResponse(const QString& id, const QSize& requestedSize) override;
 
@@ -18,6 +21,7 @@ public:
 
 private:
     PlaybackCaches& caches;
+    QThreadPool pool;
 };
 
 } // namespace tb

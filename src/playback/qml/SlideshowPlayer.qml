@@ -14,7 +14,15 @@ Rectangle {
     // A new slide for the current item. It takes over once its picture is decoded, so no frame
     // of a fade waits on a decoder; under a fade the old slide fades out meanwhile.
     function present() {
-        const previous = currentSlide
+        let previous = currentSlide
+        // A slide still waiting for its picture is dropped: the next one takes over from what is
+        // on screen, so changes faster than decoding never pile slides up.
+        if (previous && !previous.ready) {
+            const waiting = previous
+            previous = waiting.previous
+            waiting.previous = null
+            waiting.destroy()
+        }
         currentSlide = slideComponent.createObject(slides, {
             kind: player.currentKind,
             source: player.currentSource,
