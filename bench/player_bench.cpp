@@ -62,6 +62,7 @@ int main(int argc, char* argv[])
     if (args.size() < 2)
         return 2;
     const QString mode = args[0];
+    tb::PlayerWindow::chooseRenderer(); // as the program does
 
     QTemporaryDir dir;
     tb::SettingsStore settings(dir.filePath(QStringLiteral("settings.conf")));

@@ -1,6 +1,5 @@
 #include "PictureCaches.h"
 
-
 namespace tb {
 
 // One preload at a time: it runs ahead of the show, which needs only the next few pictures.

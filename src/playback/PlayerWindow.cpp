@@ -5,6 +5,9 @@
 #include "core/Logger.h"
 
 #include <QKeyEvent>
+#include <QOffscreenSurface>
+#include <QOpenGLContext>
+#include <QOpenGLFunctions>
 #include <QQmlEngine>
 #include <QScreen>
 
@@ -29,6 +32,25 @@ PlayerWindow::PlayerWindow(SlideshowView* player, PlaybackCaches& caches, QScree
 }
 
 PlayerWindow::~PlayerWindow() = default;
+
+void PlayerWindow::chooseRenderer()
+{
+    if (qEnvironmentVariableIsSet("QT_QUICK_BACKEND") || qEnvironmentVariableIsSet("QSG_RHI_BACKEND"))
+        return;
+    QOffscreenSurface surface;
+    surface.create();
+    QOpenGLContext context;
+    if (!context.create() || !context.makeCurrent(&surface))
+        return; // Qt Quick finds its own way without OpenGL
+    const QByteArray renderer =
+        QByteArray(reinterpret_cast<const char*>(context.functions()->glGetString(GL_RENDERER))).toLower();
+    context.doneCurrent();
+    if (renderer.contains("llvmpipe") || renderer.contains("softpipe") || renderer.contains("swrast")) {
+        logInfo(QStringLiteral("Drawing shows in software: OpenGL runs on the CPU here (") +
+                QString::fromLatin1(renderer) + QLatin1Char(')'));
+        QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+    }
+}
 
 QRect PlayerWindow::windowedGeometry(const QRect& screen)
 {

@@ -16,6 +16,12 @@ public:
     PlayerWindow(SlideshowView* player, PlaybackCaches& caches, QScreen* screen, bool windowed, bool floatOnTop);
     ~PlayerWindow() override;
 
+    // Draws shows with Qt Quick's own software renderer when OpenGL is itself emulated on the
+    // CPU (llvmpipe and the like: virtual machines, remote desktops, no GPU driver), where it
+    // keeps a full-screen cross-fade at the display's rate and OpenGL does not. Call before the
+    // first Qt Quick window; an explicit QT_QUICK_BACKEND wins.
+    static void chooseRenderer();
+
     // 75 % of the screen, centred on it.
     static QRect windowedGeometry(const QRect& screen);
 
