@@ -1,6 +1,7 @@
 #include "TallowbrookApp.h"
 
 #include "ContentView.h"
+#include "playback/PlayerWindow.h"
 
 #include <QApplication>
 #include <QDir>
@@ -64,8 +65,11 @@ bool TallowbrookApp::start(const QStringList& arguments)
     QStringList paths;
     for (const QUrl& url : urls)
         paths.append(url.toLocalFile());
+    // Nothing may touch the log before this: a second launch must leave the running program's
+    // log file alone.
     if (instance.forwardToRunningInstance(paths))
         return false;
+    PlayerWindow::chooseRenderer();
 
     // Analytics starts before any window.
     analytics.beginSession();

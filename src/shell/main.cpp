@@ -1,6 +1,5 @@
 #include "TallowbrookApp.h"
 #include "core/Version.h"
-#include "playback/PlayerWindow.h"
 
 #include <QApplication>
 
@@ -12,7 +11,6 @@ int main(int argc, char* argv[])
     QApplication::setApplicationVersion(QString::fromLatin1(tb::appVersion));
     QApplication::setDesktopFileName(QStringLiteral("com.tallowbrook.Tallowbrook"));
 
-    tb::PlayerWindow::chooseRenderer();
     tb::TallowbrookApp program;
     if (!program.start(QApplication::arguments()))
         return 0; // the running program took the request
