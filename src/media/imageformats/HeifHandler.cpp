@@ -4,7 +4,6 @@
 
 #include <QIODevice>
 #include <QImage>
-#include <QVariant>
 
 #include <libheif/heif.h>
 
@@ -53,6 +52,16 @@ Handle chooseHandle(heif_context* context, const QSize& wanted)
     return best;
 }
 
+Context readContext(const QByteArray& data)
+{
+    Context context(heif_context_alloc());
+    if (!context ||
+        heif_context_read_from_memory_without_copy(context.get(), data.constData(), size_t(data.size()), nullptr)
+                .code != heif_error_Ok)
+        return nullptr;
+    return context;
+}
+
 } // namespace
 
 bool HeifHandler::canRead(QIODevice* device)
@@ -73,65 +82,42 @@ bool HeifHandler::canRead() const
     return true;
 }
 
-bool HeifHandler::read(QImage* image)
+QImage HeifHandler::decode(const QByteArray& data, const QSize& wanted) const
 {
-    const QByteArray data = device()->readAll();
-    Context context(heif_context_alloc());
-    if (!context ||
-        heif_context_read_from_memory_without_copy(context.get(), data.constData(), size_t(data.size()), nullptr)
-                .code != heif_error_Ok)
-        return false;
-    Handle handle = chooseHandle(context.get(), scaledSize);
+    Context context = readContext(data);
+    if (!context)
+        return {};
+    Handle handle = chooseHandle(context.get(), wanted);
     if (!handle)
-        return false;
+        return {};
     if (!withinAllocationLimit(heif_image_handle_get_width(handle.get()), heif_image_handle_get_height(handle.get())))
-        return false;
+        return {};
 
     const bool alpha = heif_image_handle_has_alpha_channel(handle.get());
     heif_image* decoded = nullptr;
     if (heif_decode_image(handle.get(), &decoded, heif_colorspace_RGB,
                           alpha ? heif_chroma_interleaved_RGBA : heif_chroma_interleaved_RGB, nullptr)
             .code != heif_error_Ok)
-        return false;
+        return {};
     Image picture(decoded);
     int stride = 0;
     const uint8_t* pixels = heif_image_get_plane_readonly(decoded, heif_channel_interleaved, &stride);
     const int width = heif_image_get_width(decoded, heif_channel_interleaved);
     const int height = heif_image_get_height(decoded, heif_channel_interleaved);
     if (!pixels || width <= 0 || height <= 0)
-        return false;
-
+        return {};
     // Wrap libheif's rows, then copy: the copy owns its pixels once the decoded image is gone.
-    const QImage view(pixels, width, height, stride, alpha ? QImage::Format_RGBA8888 : QImage::Format_RGB888);
-    *image = scaledTo(view.copy(), scaledSize);
-    return !image->isNull();
+    return QImage(pixels, width, height, stride, alpha ? QImage::Format_RGBA8888 : QImage::Format_RGB888).copy();
 }
 
-bool HeifHandler::supportsOption(ImageOption option) const { return option == Size || option == ScaledSize; }
-
-QVariant HeifHandler::option(ImageOption option) const
+QSize HeifHandler::headerSize(const QByteArray& data) const
 {
-    if (option != Size || !device())
-        return {};
-    // Reading the header needs the whole box structure; the caller's device is rewound after.
-    const qint64 start = device()->pos();
-    const QByteArray data = device()->readAll();
-    device()->seek(start);
-    Context context(heif_context_alloc());
-    if (heif_context_read_from_memory_without_copy(context.get(), data.constData(), size_t(data.size()), nullptr)
-            .code != heif_error_Ok)
-        return {};
+    Context context = readContext(data);
     heif_image_handle* primary = nullptr;
-    if (heif_context_get_primary_image_handle(context.get(), &primary).code != heif_error_Ok)
+    if (!context || heif_context_get_primary_image_handle(context.get(), &primary).code != heif_error_Ok)
         return {};
     Handle handle(primary);
     return QSize(heif_image_handle_get_width(primary), heif_image_handle_get_height(primary));
-}
-
-void HeifHandler::setOption(ImageOption option, const QVariant& value)
-{
-    if (option == ScaledSize)
-        scaledSize = value.toSize();
 }
 
 } // namespace tb

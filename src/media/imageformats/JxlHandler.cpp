@@ -4,7 +4,6 @@
 
 #include <QIODevice>
 #include <QImage>
-#include <QVariant>
 
 #include <jxl/decode.h>
 #include <jxl/decode_cxx.h>
@@ -16,7 +15,7 @@ namespace {
 bool oriented90(JxlOrientation orientation) { return orientation > JXL_ORIENT_ROTATE_180; }
 
 // Runs the decoder over the whole file. With `image` null it stops at the header.
-bool decode(const QByteArray& data, QSize* size, QImage* image)
+bool run(const QByteArray& data, QSize* size, QImage* image)
 {
     JxlDecoderPtr decoder = JxlDecoderMake(nullptr);
     if (!decoder)
@@ -93,32 +92,16 @@ bool JxlHandler::canRead() const
     return true;
 }
 
-bool JxlHandler::read(QImage* image)
+QImage JxlHandler::decode(const QByteArray& data, const QSize&) const
 {
     QImage decoded;
-    if (!decode(device()->readAll(), nullptr, &decoded))
-        return false;
-    *image = scaledTo(decoded, scaledSize);
-    return !image->isNull();
+    return run(data, nullptr, &decoded) ? decoded : QImage();
 }
 
-bool JxlHandler::supportsOption(ImageOption option) const { return option == Size || option == ScaledSize; }
-
-QVariant JxlHandler::option(ImageOption option) const
+QSize JxlHandler::headerSize(const QByteArray& data) const
 {
-    if (option != Size || !device())
-        return {};
-    const qint64 start = device()->pos();
-    const QByteArray data = device()->readAll();
-    device()->seek(start);
     QSize size;
-    return decode(data, &size, nullptr) ? QVariant(size) : QVariant();
-}
-
-void JxlHandler::setOption(ImageOption option, const QVariant& value)
-{
-    if (option == ScaledSize)
-        scaledSize = value.toSize();
+    return run(data, &size, nullptr) ? size : QSize();
 }
 
 } // namespace tb

@@ -1,23 +1,18 @@
 #pragma once
 
-#include <QImageIOHandler>
-#include <QSize>
+#include "WholeFileHandler.h"
 
 namespace tb {
 
 // JPEG XL through libjxl: the first frame, oriented as the file says.
-class JxlHandler final : public QImageIOHandler {
+class JxlHandler final : public WholeFileHandler {
 public:
     static bool canRead(QIODevice* device);
-
     bool canRead() const override;
-    bool read(QImage* image) override;
-    bool supportsOption(ImageOption option) const override;
-    QVariant option(ImageOption option) const override;
-    void setOption(ImageOption option, const QVariant& value) override;
 
-private:
-    QSize scaledSize;
+protected:
+    QSize headerSize(const QByteArray& data) const override;
+    QImage decode(const QByteArray& data, const QSize& wanted) const override;
 };
 
 } // namespace tb
