@@ -72,6 +72,20 @@ void FileIntake::selectFiles()
     processURLs(urls, recursive);
 }
 
+void FileIntake::handleDrop(const QList<QUrl>& urls)
+{
+    QList<QUrl> local;
+    for (const QUrl& url : urls) {
+        if (url.isLocalFile())
+            local.append(url);
+        else
+            logError(QStringLiteral("Error loading dropped item: ") + url.toString());
+    }
+    if (local.isEmpty())
+        return;
+    processURLs(local, decideRecursion(local));
+}
+
 bool FileIntake::decideRecursion(const QList<QUrl>& urls)
 {
     const bool remembered = settings.value(Settings::rememberFolderRecursion);

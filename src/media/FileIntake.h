@@ -30,6 +30,9 @@ public:
 
     // "Select files or folders": the dialog, the recursion decision, the count ahead, the run.
     void selectFiles();
+    // Files and folders dropped on the window: the recursion decision, then a run. The dialog's
+    // count ahead and chosen URLs stay as they are.
+    void handleDrop(const QList<QUrl>& urls);
     // Expands folders and starts a run; single files are taken as they are.
     void processURLs(const QList<QUrl>& urls, bool recursive);
     // Appends the folder's supported files (and, recursively, its subfolders'). Hidden entries

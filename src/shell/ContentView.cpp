@@ -9,14 +9,19 @@
 #include "core/UserDialogs.h"
 #include "documents/SlideshowDocument.h"
 #include "media/FileIntake.h"
+#include "media/QueueEditing.h"
 #include "playback/SessionControl.h"
 #include "playback/SlideshowManager.h"
 
 #include <QAction>
 #include <QApplication>
+#include <QComboBox>
+#include <QDragEnterEvent>
+#include <QDropEvent>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenuBar>
+#include <QMimeData>
 #include <QPushButton>
 #include <QScreen>
 #include <QStyle>
@@ -30,6 +35,7 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
     qRegisterMetaType<SlideshowDocument>();
     setWindowTitle(QStringLiteral("Tallowbrook"));
     setMinimumSize(900, 700);
+    setAcceptDrops(true);
 
     fileIntake = std::make_unique<FileIntake>(images, services.settings, services.dialogs);
     playerPresenter = std::make_unique<ScreenPlayerPresenter>(services, this);
@@ -42,7 +48,21 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
     auto* addMedia = new QPushButton(QStringLiteral("Select files or folders"), content);
     addMedia->setAccessibleName(addMedia->text());
     connect(addMedia, &QPushButton::clicked, this, [this] { fileIntake->selectFiles(); });
-    layout->addWidget(addMedia, 0, Qt::AlignLeft);
+    auto* topRow = new QHBoxLayout;
+    topRow->addWidget(addMedia);
+    topRow->addStretch(1);
+    auto* sortLabel = new QLabel(QStringLiteral("Sort by:"), content);
+    sortPicker = new QComboBox(content);
+    sortPicker->addItems(sortOptions());
+    sortPicker->setFixedWidth(173);
+    sortPicker->setAccessibleName(sortLabel->text());
+    sortLabel->setBuddy(sortPicker);
+    // Picking an option sorts at once; "-" keeps the present order.
+    connect(sortPicker, &QComboBox::currentTextChanged, this,
+            [this](const QString& option) { sortImages(images, option); });
+    topRow->addWidget(sortLabel);
+    topRow->addWidget(sortPicker);
+    layout->addLayout(topRow);
     auto* placeholder = new QLabel(tr("Drop photos, clips or folders here"), content);
     placeholder->setAlignment(Qt::AlignCenter);
     placeholder->setAccessibleName(placeholder->text());
@@ -94,6 +114,26 @@ ContentView::~ContentView()
     playerPresenter.reset();
     fileIntake.reset();
 }
+
+// Files and folders dropped anywhere on the window join the queue.
+void ContentView::dragEnterEvent(QDragEnterEvent* event)
+{
+    if (event->mimeData()->hasUrls())
+        event->acceptProposedAction();
+}
+
+void ContentView::dropEvent(QDropEvent* event)
+{
+    if (!event->mimeData()->hasUrls())
+        return;
+    event->acceptProposedAction();
+    const QList<QUrl> urls = event->mimeData()->urls();
+    // Asking about subfolders inside the drop would block the dragging application.
+    QMetaObject::invokeMethod(
+        this, [this, urls] { fileIntake->handleDrop(urls); }, Qt::QueuedConnection);
+}
+
+QString ContentView::selectedSortOption() const { return sortPicker->currentText(); }
 
 void ContentView::showRunningState(bool running)
 {

@@ -9,6 +9,7 @@
 #include <memory>
 
 class QAction;
+class QComboBox;
 class QLabel;
 class QPushButton;
 
@@ -34,6 +35,8 @@ public:
     QList<IdentifiableImage>& queue() { return images; }
     SessionControl& session() { return *sessionControl; }
     FileIntake& intake() { return *fileIntake; }
+    // The sort picker's label, which a saved slideshow records.
+    QString selectedSortOption() const;
     ScreenPlayerPresenter& presenter() { return *playerPresenter; }
 
     // Sets or clears the floating level of every main window; ordering to the front is for the
@@ -46,6 +49,8 @@ Q_SIGNALS:
 
 protected:
     void showEvent(QShowEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
 
 private:
     void buildMenus();
@@ -61,6 +66,7 @@ private:
     std::unique_ptr<SessionControl> sessionControl;
     QAction* floatOnTopAction = nullptr;
     QPushButton* startButton = nullptr;
+    QComboBox* sortPicker = nullptr;
     QLabel* runningWarning = nullptr;
     bool appeared = false;
 };

@@ -33,6 +33,14 @@ struct PresentationTest : ShellFixture {
         return player;
     }
 
+    // Within a few levels: the software renderer may round a finished fade's last step.
+    static bool shows(PlayerWindow* player, QColor colour)
+    {
+        const QColor c = at(player, 320, 240);
+        return std::abs(c.red() - colour.red()) <= 3 && std::abs(c.green() - colour.green()) <= 3 &&
+               std::abs(c.blue() - colour.blue()) <= 3;
+    }
+
     static QColor at(PlayerWindow* player, int x, int y)
     {
         const QImage frame = player->grabWindow();
@@ -64,7 +72,8 @@ TEST_F(PresentationTest, ACrossFadeShowsBothPicturesMixedMidway)
     settings.set(Settings::crossfadeDuration, 1.5);
     settings.set(Settings::imageScalingMode, QStringLiteral("Fit (maintain aspect ratio)"));
     PlayerWindow* player = startShow({{Qt::red, QSize(64, 48)}, {Qt::green, QSize(64, 48)}}, QSize(640, 480));
-    ASSERT_TRUE(QTest::qWaitFor([&] { return at(player, 320, 240) == QColor(Qt::red); }, 5000));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return shows(player, Qt::red); }, 5000))
+        << at(player, 320, 240).name().toStdString();
 
     QTest::keyClick(player, Qt::Key_Right);
     const bool mixed = QTest::qWaitFor(
@@ -74,5 +83,6 @@ TEST_F(PresentationTest, ACrossFadeShowsBothPicturesMixedMidway)
         },
         5000);
     EXPECT_TRUE(mixed) << "a frame with both pictures";
-    EXPECT_TRUE(QTest::qWaitFor([&] { return at(player, 320, 240) == QColor(Qt::green); }, 5000));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return shows(player, Qt::green); }, 5000))
+        << at(player, 320, 240).name().toStdString();
 }

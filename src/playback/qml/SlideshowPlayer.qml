@@ -86,12 +86,15 @@ Rectangle {
             onReadyChanged: if (ready) takeOver()
             Component.onCompleted: if (ready) takeOver()
 
-            NumberAnimation on opacity {
+            NumberAnimation {
                 id: fadeIn
-                running: false
+                target: slide
+                property: "opacity"
                 to: 1
                 duration: slide.fadeMs
                 easing.type: Easing.InOutQuad
+                // A restarted fade must still end fully opaque.
+                onFinished: slide.opacity = 1
             }
             NumberAnimation {
                 id: fadeOut
