@@ -1,13 +1,25 @@
 #include "ClipProbe.h"
 
+#include <mutex>
+
 extern "C" {
 #include <libavformat/avformat.h>
+#include <libavutil/log.h>
 }
 
 namespace tb {
 
+void quietFFmpeg()
+{
+    // FFmpeg writes its own complaints about odd files to the console; the program reports what
+    // matters in its log.
+    static std::once_flag once;
+    std::call_once(once, [] { av_log_set_level(AV_LOG_FATAL); });
+}
+
 std::optional<double> clipDuration(const QString& filePath)
 {
+    quietFFmpeg();
     AVFormatContext* format = nullptr;
     if (avformat_open_input(&format, filePath.toUtf8().constData(), nullptr, nullptr) < 0)
         return std::nullopt;

@@ -10,4 +10,7 @@ namespace tb {
 // say, from its streams) without decoding. Nothing when the file cannot be opened as media.
 std::optional<double> clipDuration(const QString& filePath);
 
+// Keeps FFmpeg's own messages off the console (fatal ones aside).
+void quietFFmpeg();
+
 } // namespace tb

@@ -134,14 +134,9 @@ void FileIntake::countAhead(const QList<QUrl>& urls)
 
 void FileIntake::processURLs(const QList<QUrl>& urls, bool recursive)
 {
-    QList<QUrl> files;
-    for (const QUrl& url : urls) {
-        if (isFolder(url))
-            processDirectory(url.toLocalFile(), files, recursive);
-        else
-            files.append(url); // what the dialog lets through, or whatever is dropped, enters the queue
-    }
-    loadFiles(files, [this] { thumbnailCheck(); });
+    // Folders are walked on the worker too: listing a tree of 20,000 files takes longer than
+    // the window may stand still.
+    run(urls, recursive, [this] { thumbnailCheck(); });
 }
 
 void FileIntake::processDirectory(const QString& folder, QList<QUrl>& result, bool recursive)
@@ -167,6 +162,11 @@ void FileIntake::processDirectory(const QString& folder, QList<QUrl>& result, bo
 
 void FileIntake::loadFiles(const QList<QUrl>& urls, std::function<void()> completion)
 {
+    run(urls, std::nullopt, std::move(completion));
+}
+
+void FileIntake::run(const QList<QUrl>& chosen, std::optional<bool> expandFolders, std::function<void()> completion)
+{
     loading = true;
     Q_EMIT loadingChanged(true);
     fileNames.clear();
@@ -185,7 +185,18 @@ void FileIntake::loadFiles(const QList<QUrl>& urls, std::function<void()> comple
             Qt::QueuedConnection);
     };
     // The worker touches nothing of the window: it builds items and posts them in batches.
-    (void)QtConcurrent::run([post, stillWanted, urls, completion = std::move(completion)] {
+    (void)QtConcurrent::run([post, stillWanted, chosen, expandFolders, completion = std::move(completion)] {
+        QList<QUrl> urls;
+        if (expandFolders) {
+            for (const QUrl& url : chosen) {
+                if (isFolder(url))
+                    processDirectory(url.toLocalFile(), urls, *expandFolders);
+                else
+                    urls.append(url); // what the dialog lets through, or whatever is dropped, enters the queue
+            }
+        } else {
+            urls = chosen;
+        }
         QList<IdentifiableImage> batch;
         QStringList names;
         for (qsizetype i = 0; i < urls.size() && stillWanted->load(); ++i) {

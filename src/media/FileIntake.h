@@ -65,6 +65,9 @@ Q_SIGNALS:
     void toast(const QString& message);
 
 private:
+    // A run on the pool thread; with expandFolders set, folders among the URLs are walked there
+    // first (recursively when it is true).
+    void run(const QList<QUrl>& urls, std::optional<bool> expandFolders, std::function<void()> completion);
     static bool isFolder(const QUrl& url);
     static bool hasSubfolder(const QString& folder);
     void countAhead(const QList<QUrl>& urls);

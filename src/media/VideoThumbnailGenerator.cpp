@@ -1,5 +1,6 @@
 #include "VideoThumbnailGenerator.h"
 
+#include "ClipProbe.h"
 #include "core/Logger.h"
 
 #include <QFileInfo>
@@ -63,6 +64,7 @@ int rotationOf(const AVStream* stream)
 
 std::variant<QImage, QString> firstVideoFrame(const QString& path, int maximumSide)
 {
+    quietFFmpeg();
     AVFormatContext* rawFormat = nullptr;
     if (const int error = avformat_open_input(&rawFormat, path.toUtf8().constData(), nullptr, nullptr); error < 0)
         return describe(error);
