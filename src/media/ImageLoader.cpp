@@ -43,14 +43,15 @@ std::optional<Picture> ImageLoader::loadImage(const QUrl& url)
     if (original.isValid() && reader.transformation().testFlag(QImageIOHandler::TransformationRotate90))
         original.transpose();
     // Decode no larger than the screen can show; the reader scales in the stored orientation.
+    QSize scaledTarget;
     if (original.isValid() && maximumSize.isValid() &&
         (original.width() > maximumSize.width() || original.height() > maximumSize.height())) {
         QSize target = original.scaled(maximumSize, Qt::KeepAspectRatio);
         if (reader.transformation().testFlag(QImageIOHandler::TransformationRotate90))
             target.transpose();
-        reader.setScaledSize(target);
+        scaledTarget = target;
     }
-    QImage image = reader.read();
+    QImage image = readScaled(reader, scaledTarget);
     if (image.isNull()) {
         logError(QStringLiteral("Failed to load image (took %1s): %2")
                      .arg(QString::asprintf("%.2f", double(clock.elapsed()) / 1000.0), info.fileName()));
@@ -64,6 +65,27 @@ std::optional<Picture> ImageLoader::loadImage(const QUrl& url)
     const qint64 cost = qint64(picture.image.width()) * picture.image.height() * 4;
     cache.insert(key, picture, cost);
     return picture;
+}
+
+QImage readScaled(QImageReader& reader, const QSize& size)
+{
+    static const QList<QByteArray> scalingDecoders{"jpeg", "jpg", "heic", "heif", "avif", "jxl"};
+    if (!size.isValid() || scalingDecoders.contains(reader.format().toLower())) {
+        if (size.isValid())
+            reader.setScaledSize(size);
+        return reader.read();
+    }
+    // Without a scaling decoder the reader turns the picture upright after reading: scale to
+    // the upright box.
+    QImage image = reader.read();
+    if (image.isNull())
+        return image;
+    QSize upright = size;
+    if (reader.transformation().testFlag(QImageIOHandler::TransformationRotate90))
+        upright.transpose();
+    if (image.depth() < 32)
+        image = image.convertToFormat(image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32);
+    return image.scaled(upright, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
 }
 
 QSize pictureSize(const QString& path)

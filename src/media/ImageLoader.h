@@ -3,6 +3,7 @@
 #include "core/BoundedCache.h"
 
 #include <QImage>
+#include <QImageReader>
 #include <QSize>
 #include <QUrl>
 
@@ -44,6 +45,11 @@ private:
     QSize maximumSize;
     NetworkTest isNetworkPath;
 };
+
+// Reads a picture scaled to `size` (in the file's stored orientation, as QImageReader takes it).
+// JPEG, HEIC, AVIF and JPEG XL scale while decoding; other formats are decoded whole and then
+// scaled, since Qt's emulated scaled reads spoil some (1-bit PNGs come out as noise).
+QImage readScaled(QImageReader& reader, const QSize& size);
 
 // A picture's own size, upright, read from its header without decoding; invalid when the file
 // cannot be read.

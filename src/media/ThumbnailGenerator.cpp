@@ -23,9 +23,10 @@ std::optional<QImage> ThumbnailGenerator::generateThumbnail(const QUrl& url, QSi
     const int maxPixelSize = 2 * std::max(size.width(), size.height());
     const QSize stored = reader.size();
     // Never larger than maxPixelSize on the longer side, and never enlarged.
+    QSize target;
     if (stored.isValid() && maxPixelSize > 0 && std::max(stored.width(), stored.height()) > maxPixelSize)
-        reader.setScaledSize(stored.scaled(maxPixelSize, maxPixelSize, Qt::KeepAspectRatio));
-    const QImage thumbnail = reader.read();
+        target = stored.scaled(maxPixelSize, maxPixelSize, Qt::KeepAspectRatio);
+    const QImage thumbnail = readScaled(reader, target);
     if (thumbnail.isNull())
         return std::nullopt;
 

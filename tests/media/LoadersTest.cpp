@@ -160,3 +160,26 @@ TEST(VideoThumbnailGenerator, PosterFramesFitInFourHundredAndClipsWithoutVideoFa
     posters.clearCache();
     EXPECT_TRUE(log.contains(LogLevel::Info, QStringLiteral("VideoThumbnailGenerator cache cleared")));
 }
+
+TEST(ThumbnailGenerator, OneBitPalettePicturesKeepTheirColours)
+{
+    // Qt's own scaled read turns these into noise; the loaders scale them after decoding.
+    QTemporaryDir dir;
+    QImage palette(640, 480, QImage::Format_Mono);
+    palette.setColorTable({qRgb(255, 0, 0), qRgb(0, 0, 255)});
+    palette.fill(0);
+    const QString path = dir.filePath(QStringLiteral("palette.png"));
+    ASSERT_TRUE(palette.save(path));
+
+    ThumbnailGenerator thumbnails;
+    const auto thumbnail = thumbnails.generateThumbnail(fileUrl(path), QSize(150, 150));
+    ASSERT_TRUE(thumbnail);
+    EXPECT_EQ(thumbnail->size(), QSize(300, 225));
+    EXPECT_EQ(thumbnail->pixelColor(150, 112), QColor(Qt::red));
+
+    ImageLoader loader(QSize(320, 240));
+    const auto picture = loader.loadImage(fileUrl(path));
+    ASSERT_TRUE(picture);
+    EXPECT_EQ(picture->image.size(), QSize(320, 240));
+    EXPECT_EQ(picture->image.pixelColor(160, 120), QColor(Qt::red));
+}
