@@ -204,6 +204,7 @@ void FileIntake::run(const QList<QUrl>& chosen, std::optional<bool> expandFolder
             names.append(batch.last().filename());
             if (batch.size() == batchSize || i == urls.size() - 1) {
                 post([batch, names](FileIntake& intake) {
+                    Q_EMIT intake.itemsAboutToBeAdded(int(batch.size()));
                     intake.images.append(batch);
                     intake.fileNames.append(names);
                     intake.setTotalPhotosAdded(intake.totalAdded + int(batch.size()));

@@ -60,6 +60,8 @@ public:
     static constexpr int batchSize = 50;
 
 Q_SIGNALS:
+    // Around each batch appended to the queue (views insert their rows).
+    void itemsAboutToBeAdded(int count);
     void itemsAdded(int count);
     void loadingChanged(bool loading);
     void toast(const QString& message);

@@ -32,4 +32,9 @@ std::optional<QImage> PictureCaches::picture(const QUrl& url, bool isVideo)
     return std::nullopt;
 }
 
+std::optional<QImage> PictureCaches::thumbnail(const QUrl& url, bool isVideo)
+{
+    return isVideo ? videoThumbnails.thumbnail(url) : thumbnails.generateThumbnail(url, QSize(150, 150));
+}
+
 } // namespace tb

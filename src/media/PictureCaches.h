@@ -26,6 +26,7 @@ public:
     // Decodes the coming items on the thread pool, so the show finds them ready.
     void preload(const QList<IdentifiableImage>& items) override;
     std::optional<QImage> picture(const QUrl& url, bool isVideo) override;
+    std::optional<QImage> thumbnail(const QUrl& url, bool isVideo) override;
 
 private:
     QThreadPool preloads;

@@ -22,6 +22,9 @@ public:
     // The picture to show for a file: the full picture, or a clip's poster frame. Blocking and
     // safe from any thread.
     virtual std::optional<QImage> picture(const QUrl& url, bool isVideo) = 0;
+    // The queue's small picture of a file (at most 300 pixels a side; a clip's poster frame).
+    // Blocking and safe from any thread.
+    virtual std::optional<QImage> thumbnail(const QUrl& url, bool isVideo) = 0;
 };
 
 } // namespace tb

@@ -2,6 +2,8 @@
 
 #include "AppServices.h"
 #include "DiagnosticsExport.h"
+#include "QueueModel.h"
+#include "QueueView.h"
 #include "ScreenPlayerPresenter.h"
 #include "UpdaterControllerWrapper.h"
 #include "core/Logger.h"
@@ -24,6 +26,7 @@
 #include <QMimeData>
 #include <QPushButton>
 #include <QScreen>
+#include <QStackedWidget>
 #include <QStyle>
 #include <QVBoxLayout>
 
@@ -38,6 +41,7 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
     setAcceptDrops(true);
 
     fileIntake = std::make_unique<FileIntake>(images, services.settings, services.dialogs);
+    model = std::make_unique<QueueModel>(images, services.caches);
     playerPresenter = std::make_unique<ScreenPlayerPresenter>(services, this);
     sessionControl = std::make_unique<SessionControl>(
         images, SessionControl::Services{services.settings, services.slideshowManager, services.audio,
@@ -63,10 +67,22 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
     topRow->addWidget(sortLabel);
     topRow->addWidget(sortPicker);
     layout->addLayout(topRow);
-    auto* placeholder = new QLabel(tr("Drop photos, clips or folders here"), content);
+    // The drop prompt while the queue is empty, then the grid.
+    queuePanel = new QStackedWidget(content);
+    auto* placeholder = new QLabel(QStringLiteral("Drag & drop files here\n\nYou can drag and drop photos, videos, "
+                                                  "or folders here"),
+                                   queuePanel);
     placeholder->setAlignment(Qt::AlignCenter);
     placeholder->setAccessibleName(placeholder->text());
-    layout->addWidget(placeholder, 1);
+    grid = new QueueView(*model, services.settings, queuePanel);
+    queuePanel->addWidget(placeholder);
+    queuePanel->addWidget(grid);
+    layout->addWidget(queuePanel, 1);
+    connect(fileIntake.get(), &FileIntake::itemsAboutToBeAdded, model.get(), &QueueModel::beginAppend);
+    connect(fileIntake.get(), &FileIntake::itemsAdded, this, [this] {
+        model->endAppend();
+        queuePanel->setCurrentWidget(grid);
+    });
     auto* totals = new QLabel(content);
     layout->addWidget(totals);
     connect(fileIntake.get(), &FileIntake::itemsAdded, totals, [this, totals] {
@@ -87,7 +103,7 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
     controls->addWidget(startButton);
     layout->addLayout(controls);
     setCentralWidget(content);
-    connect(startButton, &QPushButton::clicked, this, [this] { sessionControl->startCommand(); });
+    connect(startButton, &QPushButton::clicked, this, &ContentView::startCommand);
     // The button's disabled state is the guard against a second show.
     connect(&services.slideshowManager, &SlideshowManager::isSlideshowRunningChanged, this,
             &ContentView::showRunningState);
@@ -113,6 +129,9 @@ ContentView::~ContentView()
     sessionControl.reset();
     playerPresenter.reset();
     fileIntake.reset();
+    delete grid; // before its model
+    grid = nullptr;
+    model.reset();
 }
 
 // Files and folders dropped anywhere on the window join the queue.
@@ -131,6 +150,13 @@ void ContentView::dropEvent(QDropEvent* event)
     // Asking about subfolders inside the drop would block the dragging application.
     QMetaObject::invokeMethod(
         this, [this, urls] { fileIntake->handleDrop(urls); }, Qt::QueuedConnection);
+}
+
+// The Start button and the menu: the show starts at the grid's starting point.
+void ContentView::startCommand()
+{
+    sessionControl->startingImageId = model->startingImageId;
+    sessionControl->startCommand();
 }
 
 QString ContentView::selectedSortOption() const { return sortPicker->currentText(); }
@@ -157,7 +183,7 @@ void ContentView::handle(Command command, const QVariantMap& userInfo)
     switch (command) {
     case Command::startSlideshow:
         // The menu's path has no guard of its own.
-        sessionControl->startCommand();
+        startCommand();
         break;
     case Command::openSlideshowFromFinder: {
         const QVariant document = userInfo.value(QStringLiteral("document"));

@@ -12,12 +12,15 @@ class QAction;
 class QComboBox;
 class QLabel;
 class QPushButton;
+class QStackedWidget;
 
 namespace tb {
 
 struct AppServices;
 struct SlideshowDocument;
 class FileIntake;
+class QueueModel;
+class QueueView;
 class ScreenPlayerPresenter;
 class SessionControl;
 
@@ -35,6 +38,8 @@ public:
     QList<IdentifiableImage>& queue() { return images; }
     SessionControl& session() { return *sessionControl; }
     FileIntake& intake() { return *fileIntake; }
+    QueueModel& queueModel() { return *model; }
+    QueueView& queueView() { return *grid; }
     // The sort picker's label, which a saved slideshow records.
     QString selectedSortOption() const;
     ScreenPlayerPresenter& presenter() { return *playerPresenter; }
@@ -62,11 +67,15 @@ private:
     // Declared before the session and its presenter, which hold references to it.
     QList<IdentifiableImage> images;
     std::unique_ptr<FileIntake> fileIntake;
+    std::unique_ptr<QueueModel> model;
     std::unique_ptr<ScreenPlayerPresenter> playerPresenter;
     std::unique_ptr<SessionControl> sessionControl;
     QAction* floatOnTopAction = nullptr;
     QPushButton* startButton = nullptr;
     QComboBox* sortPicker = nullptr;
+    QueueView* grid = nullptr;
+    QStackedWidget* queuePanel = nullptr;
+    void startCommand();
     QLabel* runningWarning = nullptr;
     bool appeared = false;
 };

@@ -1,6 +1,7 @@
 #include "media/QueueEditing.h"
 #include "core/SettingsStore.h"
 #include "media/FileIntake.h"
+#include "media/QueueSelection.h"
 #include "support/ScriptedUserDialogs.h"
 
 #include <QDir>
@@ -95,4 +96,55 @@ TEST(QueueEditing, ADropTakesFilesAndFoldersWithOneAnswerForAll)
         << "one answer for both folders: the inner folder is skipped";
     EXPECT_EQ(dialogs.prompts.size(), 1);
     EXPECT_EQ(intake.totalPhotosToBeAdded(), 0) << "a drop counts nothing ahead";
+}
+
+TEST(QueueSelection, ClicksFollowTheGridsOwnRules)
+{
+    const QList<IdentifiableImage> queue{item(QStringLiteral("/a")), item(QStringLiteral("/b")),
+                                         item(QStringLiteral("/c")), item(QStringLiteral("/d"))};
+    const QUuid a = queue[0].id(), b = queue[1].id(), c = queue[2].id();
+
+    QueueSelection s;
+    s.click(queue, a, false, false);
+    s.click(queue, c, true, false);
+    s.click(queue, b, true, false);
+    EXPECT_EQ(s.selectedIds, (QSet<QUuid>{a, b, c})) << "a shift-click only adds";
+    EXPECT_EQ(s.lastSelectedId, a) << "and keeps its anchor";
+
+    QueueSelection t;
+    t.click(queue, a, false, false);
+    t.click(queue, b, false, true);
+    t.click(queue, b, false, false);
+    EXPECT_TRUE(t.selectedIds.isEmpty()) << "a plain click on a selected item clears all";
+    EXPECT_FALSE(t.lastSelectedId);
+
+    QueueSelection u;
+    u.click(queue, c, true, false);
+    EXPECT_EQ(u.selectedIds, QSet<QUuid>{c}) << "shift without an anchor selects the one item";
+    EXPECT_EQ(u.lastSelectedId, c);
+    u.click(queue, c, false, true);
+    EXPECT_TRUE(u.selectedIds.isEmpty());
+    EXPECT_EQ(u.lastSelectedId, c) << "ctrl taking an item out leaves the anchor";
+}
+
+TEST(QueueSelection, DraggingPlacesAfterAForwardTargetAndBeforeABackwardOne)
+{
+    const QList<IdentifiableImage> original{item(QStringLiteral("/A")), item(QStringLiteral("/B")),
+                                            item(QStringLiteral("/C")), item(QStringLiteral("/D"))};
+    auto order = [](const QList<IdentifiableImage>& q) {
+        QString s;
+        for (const auto& i : q)
+            s += i.filename();
+        return s;
+    };
+    QList<IdentifiableImage> q = original;
+    EXPECT_TRUE(moveItem(q, q[0].id(), q[2].id()));
+    EXPECT_EQ(order(q), QStringLiteral("BCAD"));
+    q = original;
+    EXPECT_TRUE(moveItem(q, q[3].id(), q[1].id()));
+    EXPECT_EQ(order(q), QStringLiteral("ADBC"));
+    q = original;
+    EXPECT_TRUE(moveItem(q, q[1].id(), q[1].id()));
+    EXPECT_EQ(order(q), QStringLiteral("ABCD")) << "onto itself changes nothing";
+    EXPECT_FALSE(moveItem(q, QUuid::createUuid(), q[1].id()));
 }

@@ -10,6 +10,7 @@
 #include <QUrl>
 #include <QUuid>
 
+#include <atomic>
 #include <random>
 
 namespace tb::test {
@@ -55,6 +56,12 @@ public:
         const QImage image = reader.read();
         return image.isNull() ? std::nullopt : std::optional<QImage>(image);
     }
+    std::optional<QImage> thumbnail(const QUrl& url, bool isVideo) override
+    {
+        ++thumbnailRequests;
+        return picture(url, isVideo);
+    }
+    std::atomic<int> thumbnailRequests{0};
     int pictureClears = 0;
     int thumbnailClears = 0;
     int videoThumbnailClears = 0;
