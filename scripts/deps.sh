@@ -12,6 +12,8 @@ PACKAGES=(
   qml6-module-qtquick qml6-module-qtquick-window qml6-module-qtquick-controls
   qml6-module-qtquick-layouts qml6-module-qtquick-templates qml6-module-qtqml-workerscript
   qml6-module-qtmultimedia
+  # OpenGL for Qt Quick (Mesa; the player falls back to software drawing without a GPU)
+  libgl1-mesa-dri libglx-mesa0 libegl-mesa0
   # clip and audio playback behind Qt Multimedia
   gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad gstreamer1.0-libav
   # FFmpeg (duration, poster frames, movie export with libx264 / libx265)

@@ -40,8 +40,11 @@ void PlayerWindow::chooseRenderer()
     QOffscreenSurface surface;
     surface.create();
     QOpenGLContext context;
-    if (!context.create() || !context.makeCurrent(&surface))
-        return; // Qt Quick finds its own way without OpenGL
+    if (!context.create() || !context.makeCurrent(&surface)) {
+        // No OpenGL at all: the software renderer still draws every show.
+        QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+        return;
+    }
     const QByteArray renderer =
         QByteArray(reinterpret_cast<const char*>(context.functions()->glGetString(GL_RENDERER))).toLower();
     context.doneCurrent();

@@ -18,8 +18,8 @@ public:
 
     // Draws shows with Qt Quick's own software renderer when OpenGL is itself emulated on the
     // CPU (llvmpipe and the like: virtual machines, remote desktops, no GPU driver), where it
-    // keeps a full-screen cross-fade at the display's rate and OpenGL does not. Call before the
-    // first Qt Quick window; an explicit QT_QUICK_BACKEND wins.
+    // keeps a full-screen cross-fade at the display's rate and OpenGL does not, and where there
+    // is no OpenGL at all. Call before the first Qt Quick window; QT_QUICK_BACKEND wins.
     static void chooseRenderer();
 
     // 75 % of the screen, centred on it.
