@@ -38,7 +38,9 @@ PictureProvider::PictureProvider(PlaybackCaches& caches) : caches(caches)
     pool.setMaxThreadCount(std::max(1, QThread::idealThreadCount()));
 }
 
-PictureProvider::~PictureProvider()
+PictureProvider::~PictureProvider() { shutDown(); }
+
+void PictureProvider::shutDown()
 {
     pool.clear();
     pool.waitForDone();

@@ -12,8 +12,11 @@ class PlaybackCaches;
 class PictureProvider final : public QQuickAsyncImageProvider {
 public:
     explicit PictureProvider(PlaybackCaches& caches);
-    // Waits for decodes under way: they read the caches, which may go next.
     ~PictureProvider() override;
+
+    // Drops waiting decodes and waits for those under way: they read the caches. The engine
+    // may delete the provider late, on its own thread, so its window calls this when it goes.
+    void shutDown();
 
     QQuickImageResponse* requestImageResponse(const QString& id, const QSize& requestedSize) override;
 

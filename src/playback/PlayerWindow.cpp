@@ -15,14 +15,15 @@ namespace tb {
 
 PlayerWindow::PlayerWindow(SlideshowView* player, PlaybackCaches& caches, QScreen* screen, bool windowed,
                            bool floatOnTop)
-    : player(player), targetScreen(screen), windowed(windowed)
+    : player(player), provider(nullptr), targetScreen(screen), windowed(windowed)
 {
     player->setParent(this);
     setColor(Qt::black);
     setTitle(QStringLiteral("Tallowbrook Slideshow"));
     setFlag(Qt::WindowStaysOnTopHint, floatOnTop);
     setResizeMode(QQuickView::SizeRootObjectToView);
-    engine()->addImageProvider(QStringLiteral("picture"), new PictureProvider(caches));
+    provider = new PictureProvider(caches);
+    engine()->addImageProvider(QStringLiteral("picture"), provider);
     setInitialProperties({{QStringLiteral("player"), QVariant::fromValue<QObject*>(player)}});
     setSource(QUrl(QStringLiteral("qrc:/tallowbrook/playback/qml/SlideshowPlayer.qml")));
     for (const QQmlError& error : errors())
@@ -31,7 +32,8 @@ PlayerWindow::PlayerWindow(SlideshowView* player, PlaybackCaches& caches, QScree
         setScreen(screen);
 }
 
-PlayerWindow::~PlayerWindow() = default;
+// No decode may outlive the window: the caches it reads can go right after it.
+PlayerWindow::~PlayerWindow() { provider->shutDown(); }
 
 void PlayerWindow::chooseRenderer()
 {

@@ -5,6 +5,7 @@
 
 namespace tb {
 
+class PictureProvider;
 class PlaybackCaches;
 class SlideshowView;
 
@@ -35,6 +36,7 @@ protected:
 
 private:
     QPointer<SlideshowView> player;
+    PictureProvider* provider; // owned by the engine
     QScreen* targetScreen;
     bool windowed;
     bool disappeared = false;
