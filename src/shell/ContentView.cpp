@@ -3,6 +3,7 @@
 #include "AppServices.h"
 #include "DiagnosticsExport.h"
 #include "QueueModel.h"
+#include "QueueTableModel.h"
 #include "QueueView.h"
 #include "ScreenPlayerPresenter.h"
 #include "UpdaterControllerWrapper.h"
@@ -11,6 +12,7 @@
 #include "core/UserDialogs.h"
 #include "documents/SlideshowDocument.h"
 #include "media/FileIntake.h"
+#include "media/PlaybackCaches.h"
 #include "media/QueueEditing.h"
 #include "playback/SessionControl.h"
 #include "playback/SlideshowManager.h"
@@ -21,6 +23,7 @@
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QHBoxLayout>
+#include <QHeaderView>
 #include <QLabel>
 #include <QMenuBar>
 #include <QMimeData>
@@ -28,6 +31,7 @@
 #include <QScreen>
 #include <QStackedWidget>
 #include <QStyle>
+#include <QTableView>
 #include <QVBoxLayout>
 
 namespace tb {
@@ -42,6 +46,7 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
 
     fileIntake = std::make_unique<FileIntake>(images, services.settings, services.dialogs);
     model = std::make_unique<QueueModel>(images, services.caches);
+    tableModel = std::make_unique<QueueTableModel>(images, [this] { return model->startingImageId; });
     playerPresenter = std::make_unique<ScreenPlayerPresenter>(services, this);
     sessionControl = std::make_unique<SessionControl>(
         images, SessionControl::Services{services.settings, services.slideshowManager, services.audio,
@@ -62,12 +67,29 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
     sortPicker->setAccessibleName(sortLabel->text());
     sortLabel->setBuddy(sortPicker);
     // Picking an option sorts at once; "-" keeps the present order.
-    connect(sortPicker, &QComboBox::currentTextChanged, this,
-            [this](const QString& option) { sortImages(images, option); });
+    connect(sortPicker, &QComboBox::currentTextChanged, this, [this](const QString& option) {
+        sortImages(images, option);
+        refreshQueue();
+    });
     topRow->addWidget(sortLabel);
     topRow->addWidget(sortPicker);
     layout->addLayout(topRow);
-    // The drop prompt while the queue is empty, then the grid.
+
+    // Above the queue: hide or show the thumbnails, and remove items.
+    auto* queueButtons = new QHBoxLayout;
+    hideThumbnailsButton = new QPushButton(content);
+    hideThumbnailsButton->setCheckable(true);
+    trashButton = new QPushButton(style()->standardIcon(QStyle::SP_TrashIcon), QString(), content);
+    trashButton->setToolTip(QStringLiteral("Delete all added photos"));
+    trashButton->setAccessibleName(trashButton->toolTip());
+    queueButtons->addWidget(hideThumbnailsButton);
+    queueButtons->addWidget(trashButton);
+    queueButtons->addStretch(1);
+    layout->addLayout(queueButtons);
+    connect(hideThumbnailsButton, &QPushButton::toggled, this, [this] { showQueue(); });
+    connect(trashButton, &QPushButton::clicked, this, &ContentView::confirmDeletion);
+
+    // The drop prompt while the queue is empty, then the grid, or the table.
     queuePanel = new QStackedWidget(content);
     auto* placeholder = new QLabel(QStringLiteral("Drag & drop files here\n\nYou can drag and drop photos, videos, "
                                                   "or folders here"),
@@ -75,19 +97,35 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
     placeholder->setAlignment(Qt::AlignCenter);
     placeholder->setAccessibleName(placeholder->text());
     grid = new QueueView(*model, services.settings, queuePanel);
+    table = new QTableView(queuePanel);
+    table->setModel(tableModel.get());
+    table->setSelectionBehavior(QAbstractItemView::SelectRows);
+    table->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    table->verticalHeader()->hide();
+    table->horizontalHeader()->setStretchLastSection(true);
+    table->setColumnWidth(0, 300);
+    table->setColumnWidth(1, 120);
+    table->setAccessibleName(QStringLiteral("Queue"));
+    connect(table->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
+        model->selection.selectedIds.clear();
+        for (const QModelIndex& row : table->selectionModel()->selectedRows())
+            model->selection.selectedIds.insert(row.data(Qt::UserRole).toUuid());
+    });
     queuePanel->addWidget(placeholder);
     queuePanel->addWidget(grid);
+    queuePanel->addWidget(table);
     layout->addWidget(queuePanel, 1);
     connect(fileIntake.get(), &FileIntake::itemsAboutToBeAdded, model.get(), &QueueModel::beginAppend);
     connect(fileIntake.get(), &FileIntake::itemsAdded, this, [this] {
         model->endAppend();
-        queuePanel->setCurrentWidget(grid);
+        tableModel->refresh();
+        showQueue();
     });
-    auto* totals = new QLabel(content);
+    connect(fileIntake.get(), &FileIntake::loadingChanged, this, [this] { showQueue(); });
+    totals = new QLabel(content);
     layout->addWidget(totals);
-    connect(fileIntake.get(), &FileIntake::itemsAdded, totals, [this, totals] {
-        totals->setText(QStringLiteral("Total files added: %1").arg(fileIntake->totalPhotosAdded()));
-    });
+    connect(fileIntake.get(), &FileIntake::itemsAdded, this, [this] { showTotals(); });
+    showQueue();
 
     auto* controls = new QHBoxLayout;
     runningWarning = new QLabel(QStringLiteral("Slideshow is running. Stop it to start another one."), content);
@@ -124,14 +162,85 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
 }
 
 // The session goes first: its presenter closes a running show, which reads the queue.
+// The grid while thumbnails are wanted, shown and the queue is not above the threshold; the
+// table otherwise; the drop prompt for an empty queue.
+void ContentView::showQueue()
+{
+    const bool visible = fileIntake->displayThumbnails() && !hideThumbnailsButton->isChecked() &&
+                         images.size() <= FileIntake::thumbnailsEnabledTreshold;
+    hideThumbnailsButton->setIcon(style()->standardIcon(hideThumbnailsButton->isChecked() ? QStyle::SP_DialogYesButton
+                                                                                          : QStyle::SP_DialogNoButton));
+    hideThumbnailsButton->setToolTip(hideThumbnailsButton->isChecked() ? QStringLiteral("Show thumbnails")
+                                                                       : QStringLiteral("Hide thumbnails"));
+    hideThumbnailsButton->setAccessibleName(hideThumbnailsButton->toolTip());
+    if (images.isEmpty())
+        queuePanel->setCurrentIndex(0);
+    else
+        queuePanel->setCurrentWidget(visible ? static_cast<QWidget*>(grid) : table);
+}
+
+void ContentView::showTotals()
+{
+    totals->setText(QStringLiteral("Total files added: %1").arg(fileIntake->totalPhotosAdded()));
+}
+
+void ContentView::refreshQueue()
+{
+    model->refresh();
+    tableModel->refresh();
+    showQueue();
+    showTotals();
+}
+
+// The trash button: nothing for an empty queue; otherwise confirm removing the selection, or all.
+void ContentView::confirmDeletion()
+{
+    if (images.isEmpty())
+        return;
+    const auto selected = model->selection.selectedIds;
+    const QString text = selected.isEmpty()
+                             ? QStringLiteral("Do you really want to remove all added files?")
+                             : QStringLiteral("Do you want to remove %1 selected photos?").arg(selected.size());
+    const QuestionAnswer answer = services.dialogs.question(AlertStyle::Warning, QStringLiteral("Confirm Deletion"),
+                                                            text, {QStringLiteral("Yes"), QStringLiteral("Cancel")});
+    if (answer.button != 0)
+        return;
+    if (selected.isEmpty()) {
+        removeAll();
+        return;
+    }
+    removeSelected(images, selected, model->startingImageId);
+    fileIntake->setTotalPhotosAdded(int(images.size()));
+    model->selection = {};
+    refreshQueue();
+}
+
+void ContentView::removeAll()
+{
+    images.clear();
+    fileIntake->setTotalPhotosAdded(0);
+    sortPicker->setCurrentIndex(0);
+    model->startingImageId.reset();
+    model->selection = {};
+    // The poster frames stay: clips are costly to open again.
+    services.caches.clearPictures();
+    services.caches.clearThumbnails();
+    services.slideshowManager.setLiveModeActive(false);
+    fileIntake->resetThumbnailAlert();
+    refreshQueue();
+}
+
 ContentView::~ContentView()
 {
     sessionControl.reset();
     playerPresenter.reset();
     fileIntake.reset();
-    delete grid; // before its model
+    delete grid; // before their models
     grid = nullptr;
+    delete table;
+    table = nullptr;
     model.reset();
+    tableModel.reset();
 }
 
 // Files and folders dropped anywhere on the window join the queue.

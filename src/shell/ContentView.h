@@ -13,6 +13,7 @@ class QComboBox;
 class QLabel;
 class QPushButton;
 class QStackedWidget;
+class QTableView;
 
 namespace tb {
 
@@ -20,6 +21,7 @@ struct AppServices;
 struct SlideshowDocument;
 class FileIntake;
 class QueueModel;
+class QueueTableModel;
 class QueueView;
 class ScreenPlayerPresenter;
 class SessionControl;
@@ -68,12 +70,22 @@ private:
     QList<IdentifiableImage> images;
     std::unique_ptr<FileIntake> fileIntake;
     std::unique_ptr<QueueModel> model;
+    std::unique_ptr<QueueTableModel> tableModel;
     std::unique_ptr<ScreenPlayerPresenter> playerPresenter;
     std::unique_ptr<SessionControl> sessionControl;
     QAction* floatOnTopAction = nullptr;
     QPushButton* startButton = nullptr;
     QComboBox* sortPicker = nullptr;
     QueueView* grid = nullptr;
+    QTableView* table = nullptr;
+    QPushButton* hideThumbnailsButton = nullptr;
+    QPushButton* trashButton = nullptr;
+    QLabel* totals = nullptr;
+    void showQueue();
+    void showTotals();
+    void refreshQueue();
+    void confirmDeletion();
+    void removeAll();
     QStackedWidget* queuePanel = nullptr;
     void startCommand();
     QLabel* runningWarning = nullptr;

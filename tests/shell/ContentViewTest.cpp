@@ -1,10 +1,17 @@
 #include "ShellFixture.h"
 
 #include "documents/SlideshowDocument.h"
+#include "media/FileIntake.h"
+#include "shell/QueueModel.h"
+#include "shell/QueueView.h"
 
 #include <QAction>
+#include <QLabel>
 #include <QMenuBar>
+#include <QPushButton>
 #include <QSignalSpy>
+#include <QStackedWidget>
+#include <QTableView>
 
 using namespace tb;
 using tb::test::ShellFixture;
@@ -121,4 +128,59 @@ TEST_F(ContentViewTest, FloatOnTopFollowsTheSettingButIsNotAppliedAtStart)
     settings.set(Settings::floatOnTop, false);
     EXPECT_FALSE(first.windowFlags() & Qt::WindowStaysOnTopHint);
     EXPECT_FALSE(findAction(*second, QStringLiteral("Float on Top"))->isChecked());
+}
+
+TEST_F(ContentViewTest, TheTrashButtonConfirmsAndRemovesTheSelectionOrEverything)
+{
+    ContentView& window = openWindow();
+    QPushButton* trash = nullptr;
+    for (auto* button : window.findChildren<QPushButton*>())
+        if (button->toolTip() == QStringLiteral("Delete all added photos"))
+            trash = button;
+    ASSERT_NE(trash, nullptr);
+    trash->click();
+    EXPECT_TRUE(dialogs.prompts.isEmpty()) << "nothing to remove, nothing asked";
+
+    window.queue() = tb::test::makeQueue(3);
+    const QUuid first = window.queue()[0].id();
+    const QUuid second = window.queue()[1].id();
+    window.queueModel().selection.selectedIds = {first, second};
+    window.queueModel().startingImageId = second;
+    dialogs.questionAnswers = {QuestionAnswer{1, false}, QuestionAnswer{0, false}};
+    trash->click(); // Cancel
+    EXPECT_EQ(window.queue().size(), 3);
+    trash->click(); // Yes
+    ASSERT_EQ(dialogs.prompts.size(), 2);
+    EXPECT_EQ(dialogs.prompts[1].title, QStringLiteral("Confirm Deletion"));
+    EXPECT_EQ(dialogs.prompts[1].text, QStringLiteral("Do you want to remove 2 selected photos?"));
+    EXPECT_EQ(dialogs.prompts[1].buttons, (QStringList{QStringLiteral("Yes"), QStringLiteral("Cancel")}));
+    ASSERT_EQ(window.queue().size(), 1);
+    EXPECT_FALSE(window.queueModel().startingImageId) << "the pin went with its item";
+    EXPECT_TRUE(window.queueModel().selection.selectedIds.isEmpty());
+
+    dialogs.questionAnswers = {QuestionAnswer{0, false}};
+    trash->click();
+    EXPECT_EQ(dialogs.prompts.last().text, QStringLiteral("Do you really want to remove all added files?"));
+    EXPECT_TRUE(window.queue().isEmpty());
+    EXPECT_EQ(window.intake().totalPhotosAdded(), 0);
+}
+
+TEST_F(ContentViewTest, HidingThumbnailsShowsTheTable)
+{
+    ContentView& window = openWindow();
+    auto* panel = window.findChild<QStackedWidget*>();
+    ASSERT_NE(panel, nullptr);
+    EXPECT_TRUE(qobject_cast<QLabel*>(panel->currentWidget())) << "an empty queue shows the drop prompt";
+
+    QPushButton* hide = nullptr;
+    for (auto* button : window.findChildren<QPushButton*>())
+        if (button->toolTip() == QStringLiteral("Hide thumbnails"))
+            hide = button;
+    ASSERT_NE(hide, nullptr);
+    window.queue() = tb::test::makeQueue(3);
+    hide->click();
+    EXPECT_TRUE(qobject_cast<QTableView*>(panel->currentWidget()));
+    EXPECT_EQ(hide->toolTip(), QStringLiteral("Show thumbnails"));
+    hide->click();
+    EXPECT_EQ(panel->currentWidget(), &window.queueView());
 }
