@@ -97,6 +97,7 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
     placeholder->setAlignment(Qt::AlignCenter);
     placeholder->setAccessibleName(placeholder->text());
     grid = new QueueView(*model, services.settings, queuePanel);
+    connect(grid, &QueueView::reordered, this, [this] { tableModel->refresh(); });
     table = new QTableView(queuePanel);
     table->setModel(tableModel.get());
     table->setSelectionBehavior(QAbstractItemView::SelectRows);

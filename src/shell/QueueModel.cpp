@@ -102,6 +102,14 @@ void QueueModel::beginAppend(int count) { beginInsertRows({}, int(images.size())
 
 void QueueModel::endAppend() { endInsertRows(); }
 
+bool QueueModel::moveItem(const QUuid& dragged, const QUuid& target)
+{
+    beginResetModel();
+    const bool moved = tb::moveItem(images, dragged, target);
+    endResetModel();
+    return moved;
+}
+
 void QueueModel::refresh()
 {
     beginResetModel();

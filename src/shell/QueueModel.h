@@ -34,6 +34,8 @@ public:
     void endAppend();
     // The queue was sorted, reordered or shortened.
     void refresh();
+    // Drag-reordering in the grid; false when either item is gone.
+    bool moveItem(const QUuid& dragged, const QUuid& target);
 
     const QList<IdentifiableImage>& items() const { return images; }
 

@@ -3,8 +3,11 @@
 #include "QueueModel.h"
 #include "core/SettingsStore.h"
 
+#include <QApplication>
 #include <QContextMenuEvent>
+#include <QDrag>
 #include <QMenu>
+#include <QMimeData>
 #include <QPainter>
 #include <QPainterPath>
 #include <QStyledItemDelegate>
@@ -86,6 +89,8 @@ QueueView::QueueView(QueueModel& model, SettingsStore& settings, QWidget* parent
     setLayoutMode(QListView::Batched);
     setBatchSize(500);
     setSelectionMode(QAbstractItemView::NoSelection);
+    // Drops reach an item view through its viewport.
+    viewport()->setAcceptDrops(true);
     setSpacing(2);
     setAccessibleName(QStringLiteral("Queue"));
     updateGrid();
@@ -109,10 +114,57 @@ void QueueView::mousePressEvent(QMouseEvent* event)
         QListView::mousePressEvent(event);
         return;
     }
+    pressed = index;
+    pressPosition = event->position().toPoint();
     const auto modifiers = event->modifiers();
     queue.selection.click(queue.items(), index.data(QueueModel::ItemIdRole).toUuid(), modifiers & Qt::ShiftModifier,
                           modifiers & Qt::ControlModifier);
     viewport()->update();
+}
+
+// Dragging a cell carries its id as text; dropping it on another cell moves it there.
+void QueueView::mouseMoveEvent(QMouseEvent* event)
+{
+    if (!(event->buttons() & Qt::LeftButton) || !pressed.isValid() ||
+        (event->position().toPoint() - pressPosition).manhattanLength() < QApplication::startDragDistance())
+        return;
+    auto* drag = new QDrag(this);
+    auto* mime = new QMimeData;
+    mime->setText(pressed.data(QueueModel::ItemIdRole).toUuid().toString(QUuid::WithoutBraces));
+    drag->setMimeData(mime);
+    drag->setPixmap(pressed.data(Qt::DecorationRole).value<QPixmap>().scaled(64, 64, Qt::KeepAspectRatio));
+    pressed = QPersistentModelIndex();
+    drag->exec(Qt::MoveAction);
+}
+
+void QueueView::dragEnterEvent(QDragEnterEvent* event)
+{
+    // Files from outside go to the main window's intake.
+    if (event->mimeData()->hasText() && !event->mimeData()->hasUrls())
+        event->acceptProposedAction();
+    else
+        event->ignore();
+}
+
+void QueueView::dragMoveEvent(QDragMoveEvent* event)
+{
+    if (event->mimeData()->hasText() && !event->mimeData()->hasUrls())
+        event->acceptProposedAction();
+    else
+        event->ignore();
+}
+
+void QueueView::dropEvent(QDropEvent* event)
+{
+    const QUuid dragged = QUuid::fromString(event->mimeData()->text().trimmed());
+    const QModelIndex target = indexAt(event->position().toPoint());
+    if (dragged.isNull() || !target.isValid() || event->mimeData()->hasUrls()) {
+        event->ignore();
+        return;
+    }
+    event->acceptProposedAction();
+    if (queue.moveItem(dragged, target.data(QueueModel::ItemIdRole).toUuid()))
+        Q_EMIT reordered();
 }
 
 void QueueView::contextMenuEvent(QContextMenuEvent* event)

@@ -15,8 +15,16 @@ class QueueView final : public QListView {
 public:
     QueueView(QueueModel& model, SettingsStore& settings, QWidget* parent = nullptr);
 
+Q_SIGNALS:
+    // The user dragged an item to a new place.
+    void reordered();
+
 protected:
     void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragMoveEvent(QDragMoveEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
 
 private:
@@ -24,6 +32,8 @@ private:
 
     QueueModel& queue;
     SettingsStore& settings;
+    QPersistentModelIndex pressed;
+    QPoint pressPosition;
 };
 
 } // namespace tb

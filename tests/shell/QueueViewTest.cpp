@@ -3,6 +3,7 @@
 #include "shell/QueueModel.h"
 #include "shell/QueueView.h"
 
+#include <QMimeData>
 #include <QScrollBar>
 #include <QTest>
 
@@ -60,4 +61,35 @@ TEST_F(QueueViewTest, ClicksSelectByTheQueuesRules)
 
     QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, centreOf(1));
     EXPECT_TRUE(model->selection.selectedIds.isEmpty()) << "a plain click on a selected cell clears all";
+}
+
+TEST_F(QueueViewTest, DroppingACellOnAnotherMovesItThere)
+{
+    show(4);
+    const QUuid a = queue[0].id();
+    auto dropOnto = [&](const QUuid& dragged, int row) {
+        QMimeData mime;
+        mime.setText(dragged.toString(QUuid::WithoutBraces));
+        // As a drag arrives: enter, move, drop.
+        QDragEnterEvent enter(centreOf(row), Qt::MoveAction, &mime, Qt::LeftButton, {});
+        QCoreApplication::sendEvent(view->viewport(), &enter);
+        QDragMoveEvent move(centreOf(row), Qt::MoveAction, &mime, Qt::LeftButton, {});
+        QCoreApplication::sendEvent(view->viewport(), &move);
+        QDropEvent drop(QPointF(centreOf(row)), Qt::MoveAction, &mime, Qt::LeftButton, {});
+        QCoreApplication::sendEvent(view->viewport(), &drop);
+    };
+    QString before;
+    for (const auto& item : queue)
+        before += item.filename().left(1);
+    dropOnto(a, 2);
+    QString after;
+    for (const auto& item : queue)
+        after += item.filename().left(1);
+    EXPECT_EQ(after, QString(before[1]) + before[2] + before[0] + before[3]) << "A onto C gives B, C, A, D";
+
+    dropOnto(QUuid::createUuid(), 1);
+    QString unchanged;
+    for (const auto& item : queue)
+        unchanged += item.filename().left(1);
+    EXPECT_EQ(unchanged, after) << "an unknown id is lost";
 }
