@@ -8,6 +8,7 @@
 #include "ScreenPlayerPresenter.h"
 #include "UpdaterControllerWrapper.h"
 #include "core/Logger.h"
+#include "core/Scheduler.h"
 #include "core/SettingsStore.h"
 #include "core/UserDialogs.h"
 #include "documents/SlideshowDocument.h"
@@ -126,6 +127,12 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
     totals = new QLabel(content);
     layout->addWidget(totals);
     connect(fileIntake.get(), &FileIntake::itemsAdded, this, [this] { showTotals(); });
+    toast = new QLabel(this);
+    toast->setAlignment(Qt::AlignCenter);
+    toast->setStyleSheet(QStringLiteral("background: rgba(0, 0, 0, 160); color: white; border-radius: 10px; "
+                                        "padding: 8px 16px;"));
+    toast->hide();
+    connect(fileIntake.get(), &FileIntake::toast, this, &ContentView::showToast);
     showQueue();
 
     auto* controls = new QHBoxLayout;
@@ -180,6 +187,25 @@ void ContentView::showQueue()
         queuePanel->setCurrentWidget(visible ? static_cast<QWidget*>(grid) : table);
 }
 
+void ContentView::showToast(const QString& message)
+{
+    toast->setText(message);
+    toast->setAccessibleName(message);
+    toast->adjustSize();
+    toast->move((width() - toast->width()) / 2, height() - toast->height() - 80);
+    toast->raise();
+    toast->show();
+    services.scheduler.cancel(toastTask);
+    toastTask = services.scheduler.after(2.0, [this] {
+        toastTask = 0;
+        toast->hide();
+    });
+}
+
+QString ContentView::toastText() const { return toast->text(); }
+
+bool ContentView::isToastShown() const { return toast->isVisible(); }
+
 void ContentView::showTotals()
 {
     totals->setText(QStringLiteral("Total files added: %1").arg(fileIntake->totalPhotosAdded()));
@@ -233,6 +259,7 @@ void ContentView::removeAll()
 
 ContentView::~ContentView()
 {
+    services.scheduler.cancel(toastTask);
     sessionControl.reset();
     playerPresenter.reset();
     fileIntake.reset();

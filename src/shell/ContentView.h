@@ -42,6 +42,11 @@ public:
     FileIntake& intake() { return *fileIntake; }
     QueueModel& queueModel() { return *model; }
     QueueView& queueView() { return *grid; }
+    // A short message over the window for 2 s; a newer one replaces it.
+    void showToast(const QString& message);
+    QString toastText() const;
+    bool isToastShown() const;
+
     // The sort picker's label, which a saved slideshow records.
     QString selectedSortOption() const;
     ScreenPlayerPresenter& presenter() { return *playerPresenter; }
@@ -81,6 +86,8 @@ private:
     QPushButton* hideThumbnailsButton = nullptr;
     QPushButton* trashButton = nullptr;
     QLabel* totals = nullptr;
+    QLabel* toast = nullptr;
+    quint64 toastTask = 0;
     void showQueue();
     void showTotals();
     void refreshQueue();

@@ -184,3 +184,17 @@ TEST_F(ContentViewTest, HidingThumbnailsShowsTheTable)
     hide->click();
     EXPECT_EQ(panel->currentWidget(), &window.queueView());
 }
+
+TEST_F(ContentViewTest, AToastStaysTwoSecondsAndANewerOneReplacesIt)
+{
+    ContentView& window = openWindow();
+    window.showToast(QStringLiteral("3 files added"));
+    EXPECT_TRUE(window.isToastShown());
+    scheduler.advance(1.5);
+    window.showToast(QStringLiteral("5 files added"));
+    EXPECT_EQ(window.toastText(), QStringLiteral("5 files added"));
+    scheduler.advance(1.0);
+    EXPECT_TRUE(window.isToastShown()) << "the newer toast has its own two seconds";
+    scheduler.advance(1.0);
+    EXPECT_FALSE(window.isToastShown());
+}
