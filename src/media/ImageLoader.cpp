@@ -13,6 +13,24 @@
 
 namespace tb {
 
+namespace {
+
+// The size with width and height swapped when the file says the picture lies on its side.
+QSize turnedSideways(const QImageReader& reader, QSize size)
+{
+    if (reader.transformation().testFlag(QImageIOHandler::TransformationRotate90))
+        size.transpose();
+    return size;
+}
+
+QSize uprightSize(const QImageReader& reader)
+{
+    const QSize stored = reader.size();
+    return stored.isValid() ? turnedSideways(reader, stored) : stored;
+}
+
+} // namespace
+
 ImageLoader::ImageLoader(QSize maximumSize, NetworkTest isNetworkPathTest)
     : maximumSize(maximumSize), isNetworkPath(isNetworkPathTest ? std::move(isNetworkPathTest) : tb::isNetworkPath)
 {
@@ -39,18 +57,12 @@ std::optional<Picture> ImageLoader::loadImage(const QUrl& url)
 
     QImageReader reader(path);
     reader.setAutoTransform(true);
-    QSize original = reader.size();
-    if (original.isValid() && reader.transformation().testFlag(QImageIOHandler::TransformationRotate90))
-        original.transpose();
+    const QSize original = uprightSize(reader);
     // Decode no larger than the screen can show; the reader scales in the stored orientation.
     QSize scaledTarget;
     if (original.isValid() && maximumSize.isValid() &&
-        (original.width() > maximumSize.width() || original.height() > maximumSize.height())) {
-        QSize target = original.scaled(maximumSize, Qt::KeepAspectRatio);
-        if (reader.transformation().testFlag(QImageIOHandler::TransformationRotate90))
-            target.transpose();
-        scaledTarget = target;
-    }
+        (original.width() > maximumSize.width() || original.height() > maximumSize.height()))
+        scaledTarget = turnedSideways(reader, original.scaled(maximumSize, Qt::KeepAspectRatio));
     QImage image = readScaled(reader, scaledTarget);
     if (image.isNull()) {
         logError(QStringLiteral("Failed to load image (took %1s): %2")
@@ -80,9 +92,7 @@ QImage readScaled(QImageReader& reader, const QSize& size)
     QImage image = reader.read();
     if (image.isNull())
         return image;
-    QSize upright = size;
-    if (reader.transformation().testFlag(QImageIOHandler::TransformationRotate90))
-        upright.transpose();
+    const QSize upright = turnedSideways(reader, size);
     if (image.depth() < 32)
         image = image.convertToFormat(image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32);
     return image.scaled(upright, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
@@ -92,10 +102,7 @@ QSize pictureSize(const QString& path)
 {
     QImageReader reader(path);
     reader.setAutoTransform(true);
-    QSize size = reader.size();
-    if (size.isValid() && reader.transformation().testFlag(QImageIOHandler::TransformationRotate90))
-        size.transpose();
-    return size;
+    return uprightSize(reader);
 }
 
 bool isNetworkPath(const QString& path)
