@@ -3,10 +3,14 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QGridLayout>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
+
+#include <algorithm>
 
 namespace tb {
 
@@ -49,6 +53,35 @@ void applyCommon(QFileDialog& dialog, const QString& title, const QStringList& n
         dialog.setDirectory(directory);
 }
 
+// Qt's dialog picks either files or one folder. This one picks both at once, as a file manager
+// would: "Open" takes every selected entry, folders included, while a double-click or Enter in
+// the list, or a typed path ending in "/", still goes into a folder.
+class FilesAndFoldersDialog final : public QFileDialog {
+public:
+    using QFileDialog::QFileDialog;
+
+    QStringList chosen;
+
+protected:
+    void accept() override
+    {
+        const QStringList files = selectedFiles();
+        const auto* nameEdit = findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+        const bool goingInto = nameEdit && nameEdit->text().endsWith(QLatin1Char('/'));
+        const bool allExist =
+            std::all_of(files.begin(), files.end(), [](const QString& f) { return QFileInfo::exists(f); });
+        const bool anyFolder =
+            std::any_of(files.begin(), files.end(), [](const QString& f) { return QFileInfo(f).isDir(); });
+        if (files.isEmpty() || goingInto || !allExist || !anyFolder) {
+            QFileDialog::accept(); // files only, navigation, or Qt's own message for a missing name
+            chosen = result() == QDialog::Accepted ? selectedFiles() : QStringList{};
+            return;
+        }
+        chosen = files;
+        QDialog::accept();
+    }
+};
+
 } // namespace
 
 QWidget* QtUserDialogs::owner() const { return parent ? parent : QApplication::activeWindow(); }
@@ -85,6 +118,16 @@ QuestionAnswer QtUserDialogs::question(AlertStyle style, const QString& title, c
 
 QStringList QtUserDialogs::openPanel(const OpenPanelOptions& options)
 {
+    if (options.canChooseFiles && options.canChooseDirectories && options.allowsMultipleSelection) {
+        FilesAndFoldersDialog dialog(owner());
+        applyCommon(dialog, options.title, options.nameFilters, options.directory);
+        dialog.setAcceptMode(QFileDialog::AcceptOpen);
+        dialog.setFileMode(QFileDialog::ExistingFiles);
+        addMessage(dialog, options.message);
+        if (dialog.exec() != QDialog::Accepted)
+            return {};
+        return dialog.chosen;
+    }
     QFileDialog dialog(owner());
     applyCommon(dialog, options.title, options.nameFilters, options.directory);
     dialog.setAcceptMode(QFileDialog::AcceptOpen);

@@ -3,8 +3,11 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QCheckBox>
+#include <QDir>
+#include <QFile>
 #include <QFileDialog>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QTemporaryDir>
 
@@ -98,4 +101,40 @@ TEST(QtUserDialogs, SavePanelShowsItsMessageAndReturnsTheChosenPath)
 
     whenShown<QFileDialog>([](QFileDialog* panel) { panel->reject(); });
     EXPECT_EQ(dialogs.openPanel(OpenPanelOptions{}), QStringList{}) << "cancel gives nothing";
+}
+
+// One dialog for files and folders: "Open" takes a chosen folder with the files beside it, while
+// a typed path ending in "/" only goes into the folder.
+TEST(QtUserDialogs, OpenPanelChoosesFilesAndFoldersTogether)
+{
+    QTemporaryDir dir;
+    ASSERT_TRUE(QDir(dir.path()).mkdir(QStringLiteral("shots")));
+    QFile(dir.filePath(QStringLiteral("a.png"))).open(QIODevice::WriteOnly);
+    OpenPanelOptions options;
+    options.title = QStringLiteral("Select files or folders");
+    options.directory = dir.path();
+    options.allowsMultipleSelection = options.canChooseFiles = options.canChooseDirectories = true;
+    QtUserDialogs dialogs;
+
+    whenShown<QFileDialog>([&dir](QFileDialog* panel) {
+        auto* name = panel->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+        ASSERT_NE(name, nullptr);
+        name->setText(QStringLiteral("shots/"));
+        static_cast<QDialog*>(panel)->accept();
+        EXPECT_TRUE(panel->isVisible()) << "a path ending in / only goes into the folder";
+        EXPECT_EQ(QDir(panel->directory()).canonicalPath(),
+                  QDir(dir.filePath(QStringLiteral("shots"))).canonicalPath());
+        panel->setDirectory(dir.path());
+        name->setText(QStringLiteral("\"a.png\" \"shots\""));
+        static_cast<QDialog*>(panel)->accept();
+    });
+    QStringList chosen = dialogs.openPanel(options);
+    chosen.sort();
+    EXPECT_EQ(chosen, (QStringList{dir.filePath(QStringLiteral("a.png")), dir.filePath(QStringLiteral("shots"))}));
+
+    whenShown<QFileDialog>([](QFileDialog* panel) {
+        panel->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText(QStringLiteral("a.png"));
+        static_cast<QDialog*>(panel)->accept();
+    });
+    EXPECT_EQ(dialogs.openPanel(options), QStringList{dir.filePath(QStringLiteral("a.png"))}) << "files alone";
 }
