@@ -52,6 +52,7 @@ public:
     int totalPhotosToBeAdded() const { return toBeAdded; }
     const QStringList& selectedFileNames() const { return fileNames; }
     const std::optional<QUrl>& selectedFolderURL() const { return selectedFolder; }
+    void clearSelectedFolderURL() { selectedFolder.reset(); }
     bool displayThumbnails() const { return thumbnailsWanted; }
     bool thumbnailAlertAlreadyDisplayed() const { return alertShown; }
     void resetThumbnailAlert() { alertShown = false; }

@@ -1,6 +1,7 @@
 #include "ContentView.h"
 
 #include "AppServices.h"
+#include "ControlsColumn.h"
 #include "DiagnosticsExport.h"
 #include "QueueModel.h"
 #include "QueueTableModel.h"
@@ -30,6 +31,8 @@
 #include <QMimeData>
 #include <QPushButton>
 #include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QStackedWidget>
 #include <QStyle>
 #include <QTableView>
@@ -54,27 +57,27 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
                                          services.analytics, services.random, services.dialogs, *playerPresenter});
 
     auto* content = new QWidget(this);
-    auto* layout = new QVBoxLayout(content);
-    auto* addMedia = new QPushButton(QStringLiteral("Select files or folders"), content);
-    addMedia->setAccessibleName(addMedia->text());
-    connect(addMedia, &QPushButton::clicked, this, [this] { fileIntake->selectFiles(); });
-    auto* topRow = new QHBoxLayout;
-    topRow->addWidget(addMedia);
-    topRow->addStretch(1);
-    auto* sortLabel = new QLabel(QStringLiteral("Sort by:"), content);
-    sortPicker = new QComboBox(content);
-    sortPicker->addItems(sortOptions());
-    sortPicker->setFixedWidth(173);
-    sortPicker->setAccessibleName(sortLabel->text());
-    sortLabel->setBuddy(sortPicker);
+    auto* columns = new QHBoxLayout(content);
+    auto* queueArea = new QVBoxLayout;
+    columns->addLayout(queueArea, 1);
+    controls = new ControlsColumn(
+        services, [this] { return fileIntake->selectedFolderURL(); }, content);
+    auto* controlsScroll = new QScrollArea(content);
+    controlsScroll->setWidget(controls);
+    controlsScroll->setWidgetResizable(true);
+    controlsScroll->setFrameShape(QFrame::NoFrame);
+    controlsScroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    controlsScroll->setFixedWidth(controls->sizeHint().width() +
+                                  controlsScroll->verticalScrollBar()->sizeHint().width());
+    columns->addWidget(controlsScroll);
+    connect(controls, &ControlsColumn::selectFilesRequested, this, [this] { fileIntake->selectFiles(); });
+    connect(controls, &ControlsColumn::startRequested, this, &ContentView::startCommand);
+    sortPicker = controls->sortPicker();
     // Picking an option sorts at once; "-" keeps the present order.
     connect(sortPicker, &QComboBox::currentTextChanged, this, [this](const QString& option) {
         sortImages(images, option);
         refreshQueue();
     });
-    topRow->addWidget(sortLabel);
-    topRow->addWidget(sortPicker);
-    layout->addLayout(topRow);
 
     // Above the queue: hide or show the thumbnails, and remove items.
     auto* queueButtons = new QHBoxLayout;
@@ -86,7 +89,7 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
     queueButtons->addWidget(hideThumbnailsButton);
     queueButtons->addWidget(trashButton);
     queueButtons->addStretch(1);
-    layout->addLayout(queueButtons);
+    queueArea->addLayout(queueButtons);
     connect(hideThumbnailsButton, &QPushButton::toggled, this, [this] { showQueue(); });
     connect(trashButton, &QPushButton::clicked, this, &ContentView::confirmDeletion);
 
@@ -116,7 +119,7 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
     queuePanel->addWidget(placeholder);
     queuePanel->addWidget(grid);
     queuePanel->addWidget(table);
-    layout->addWidget(queuePanel, 1);
+    queueArea->addWidget(queuePanel, 1);
     connect(fileIntake.get(), &FileIntake::itemsAboutToBeAdded, model.get(), &QueueModel::beginAppend);
     connect(fileIntake.get(), &FileIntake::itemsAdded, this, [this] {
         model->endAppend();
@@ -124,8 +127,6 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
         showQueue();
     });
     connect(fileIntake.get(), &FileIntake::loadingChanged, this, [this] { showQueue(); });
-    totals = new QLabel(content);
-    layout->addWidget(totals);
     connect(fileIntake.get(), &FileIntake::itemsAdded, this, [this] { showTotals(); });
     toast = new QLabel(this);
     toast->setAlignment(Qt::AlignCenter);
@@ -135,28 +136,7 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
     connect(fileIntake.get(), &FileIntake::toast, this, &ContentView::showToast);
     showQueue();
 
-    auto* controls = new QHBoxLayout;
-    runningWarning = new QLabel(QStringLiteral("Slideshow is running. Stop it to start another one."), content);
-    runningWarning->setAccessibleName(runningWarning->text());
-    auto* warningIcon = new QLabel(content);
-    warningIcon->setPixmap(style()->standardIcon(QStyle::SP_MessageBoxWarning).pixmap(16, 16));
-    controls->addStretch(1);
-    controls->addWidget(warningIcon);
-    controls->addWidget(runningWarning);
-    startButton = new QPushButton(QStringLiteral("Start"), content);
-    startButton->setAccessibleName(startButton->text());
-    startButton->setDefault(true);
-    controls->addWidget(startButton);
-    layout->addLayout(controls);
     setCentralWidget(content);
-    connect(startButton, &QPushButton::clicked, this, &ContentView::startCommand);
-    // The button's disabled state is the guard against a second show.
-    connect(&services.slideshowManager, &SlideshowManager::isSlideshowRunningChanged, this,
-            &ContentView::showRunningState);
-    connect(&services.slideshowManager, &SlideshowManager::isSlideshowRunningChanged, warningIcon,
-            &QWidget::setVisible);
-    warningIcon->setVisible(services.slideshowManager.isSlideshowRunning());
-    showRunningState(services.slideshowManager.isSlideshowRunning());
 
     buildMenus();
 
@@ -206,10 +186,7 @@ QString ContentView::toastText() const { return toast->text(); }
 
 bool ContentView::isToastShown() const { return toast->isVisible(); }
 
-void ContentView::showTotals()
-{
-    totals->setText(QStringLiteral("Total files added: %1").arg(fileIntake->totalPhotosAdded()));
-}
+void ContentView::showTotals() { controls->setTotalFilesAdded(fileIntake->totalPhotosAdded()); }
 
 void ContentView::refreshQueue()
 {
@@ -253,6 +230,7 @@ void ContentView::removeAll()
     services.caches.clearPictures();
     services.caches.clearThumbnails();
     services.slideshowManager.setLiveModeActive(false);
+    fileIntake->clearSelectedFolderURL();
     fileIntake->resetThumbnailAlert();
     refreshQueue();
 }
@@ -297,12 +275,6 @@ void ContentView::startCommand()
 }
 
 QString ContentView::selectedSortOption() const { return sortPicker->currentText(); }
-
-void ContentView::showRunningState(bool running)
-{
-    startButton->setEnabled(!running);
-    runningWarning->setVisible(running);
-}
 
 void ContentView::showEvent(QShowEvent* event)
 {

@@ -19,6 +19,7 @@ namespace tb {
 
 struct AppServices;
 struct SlideshowDocument;
+class ControlsColumn;
 class FileIntake;
 class QueueModel;
 class QueueTableModel;
@@ -68,7 +69,6 @@ private:
     void buildMenus();
     void handle(Command command, const QVariantMap& userInfo);
     void setFloating(bool floating);
-    void showRunningState(bool running);
 
     AppServices& services;
     // Declared before the session and its presenter, which hold references to it.
@@ -79,13 +79,12 @@ private:
     std::unique_ptr<ScreenPlayerPresenter> playerPresenter;
     std::unique_ptr<SessionControl> sessionControl;
     QAction* floatOnTopAction = nullptr;
-    QPushButton* startButton = nullptr;
+    ControlsColumn* controls = nullptr;
     QComboBox* sortPicker = nullptr;
     QueueView* grid = nullptr;
     QTableView* table = nullptr;
     QPushButton* hideThumbnailsButton = nullptr;
     QPushButton* trashButton = nullptr;
-    QLabel* totals = nullptr;
     QLabel* toast = nullptr;
     quint64 toastTask = 0;
     void showQueue();
@@ -95,7 +94,6 @@ private:
     void removeAll();
     QStackedWidget* queuePanel = nullptr;
     void startCommand();
-    QLabel* runningWarning = nullptr;
     bool appeared = false;
 };
 

@@ -31,8 +31,8 @@ xdotool key Return
 waitFor "grep -q 'Total photos added: 3' '$log'" || fail "the pictures did not reach the queue"
 
 # Press Start. Without a window manager the main window sits at the top left at 900 × 700,
-# with Start at its bottom right.
-startButton() { xdotool mousemove --sync 850 680 click 1; }
+# with Start in the column of controls on the right.
+startButton() { xdotool mousemove --sync 738 514 click 1; }
 xdotool windowfocus --sync "$main"
 startButton
 waitFor '[ -n "$(windowNamed "Tallowbrook Slideshow")" ]' || fail "no player window"
