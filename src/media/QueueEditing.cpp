@@ -1,6 +1,11 @@
 #include "QueueEditing.h"
 
+#include "MediaTypes.h"
+#include "core/Logger.h"
+
 #include <QCollator>
+#include <QDir>
+#include <QFileInfo>
 
 #include <algorithm>
 #include <limits>
@@ -63,6 +68,29 @@ void removeSelected(QList<IdentifiableImage>& images, const QSet<QUuid>& ids, st
     if (startingImageId && ids.contains(*startingImageId))
         startingImageId.reset();
     images.removeIf([&ids](const IdentifiableImage& item) { return ids.contains(item.id()); });
+}
+
+bool reconcileWithFolder(QList<IdentifiableImage>& images, const QString& folder, std::optional<QUuid>& startingImageId)
+{
+    const QDir dir(folder);
+    if (!dir.exists() || !QFileInfo(folder).isReadable()) {
+        logError(QStringLiteral("Error syncing ContentView images with folder: ") +
+                 QStringLiteral("The folder “%1” couldn’t be opened.").arg(QFileInfo(folder).fileName()));
+        return false;
+    }
+    QSet<QString> listed;
+    for (const QFileInfo& entry :
+         dir.entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::NoSort))
+        if (isSupportedExtension(entry.suffix()))
+            listed.insert(QDir::cleanPath(entry.absoluteFilePath()));
+    images.removeIf([&listed](const IdentifiableImage& item) {
+        return !listed.contains(QDir::cleanPath(item.url().toLocalFile()));
+    });
+    if (startingImageId && std::none_of(images.begin(), images.end(), [&startingImageId](const IdentifiableImage& i) {
+            return i.id() == *startingImageId;
+        }))
+        startingImageId.reset();
+    return true;
 }
 
 } // namespace tb

@@ -23,4 +23,10 @@ void sortImages(QList<IdentifiableImage>& images, const QString& option);
 // Removes the items with these ids; clears the starting point if its item goes.
 void removeSelected(QList<IdentifiableImage>& images, const QSet<QUuid>& ids, std::optional<QUuid>& startingImageId);
 
+// Keeps only the items whose file is still a supported file directly in the folder (items from
+// anywhere else go too) and clears the starting point if its item went. An unreadable folder
+// logs an error and changes nothing; the result says whether the folder could be listed.
+bool reconcileWithFolder(QList<IdentifiableImage>& images, const QString& folder,
+                         std::optional<QUuid>& startingImageId);
+
 } // namespace tb

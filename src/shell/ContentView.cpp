@@ -219,6 +219,18 @@ void ContentView::confirmDeletion()
     refreshQueue();
 }
 
+void ContentView::imagesRemovedFromFolder(int count)
+{
+    const std::optional<QUrl> folder = fileIntake->selectedFolderURL();
+    if (!folder)
+        return;
+    if (reconcileWithFolder(images, folder->toLocalFile(), model->startingImageId)) {
+        fileIntake->setTotalPhotosAdded(int(images.size()));
+        refreshQueue();
+    }
+    showToast(QStringLiteral("%1 photos removed").arg(count));
+}
+
 void ContentView::removeAll()
 {
     images.clear();

@@ -48,6 +48,10 @@ public:
     QString toastText() const;
     bool isToastShown() const;
 
+    // Live mode saw `count` files leave the watched folder: the queue keeps only what is still
+    // there, when the last dialog chose that one folder, and a toast tells how many went.
+    void imagesRemovedFromFolder(int count);
+
     // The sort picker's label, which a saved slideshow records.
     QString selectedSortOption() const;
     ScreenPlayerPresenter& presenter() { return *playerPresenter; }

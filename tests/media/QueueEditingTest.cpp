@@ -70,6 +70,28 @@ TEST(QueueEditing, RemovingTheStartingItemClearsTheStartingPoint)
     EXPECT_FALSE(start.has_value());
 }
 
+// After live mode saw files go: only supported files still directly in the watched folder stay.
+TEST(QueueEditing, ReconcilingWithTheFolderKeepsOnlyItsPresentFiles)
+{
+    QTemporaryDir dir;
+    for (const char* name : {"kept.jpg", "notes.txt", "sub/deep.jpg"}) {
+        QDir().mkpath(QFileInfo(dir.filePath(QString::fromLatin1(name))).path());
+        QFile(dir.filePath(QString::fromLatin1(name))).open(QIODevice::WriteOnly);
+    }
+    QList<IdentifiableImage> queue{
+        item(dir.filePath(QStringLiteral("gone.jpg"))), item(dir.filePath(QStringLiteral("kept.jpg"))),
+        item(dir.filePath(QStringLiteral("sub/deep.jpg"))), item(QStringLiteral("/elsewhere/kept.jpg"))};
+    std::optional<QUuid> start = queue[0].id();
+    ASSERT_TRUE(reconcileWithFolder(queue, dir.path(), start));
+    EXPECT_EQ(names(queue), QStringList{dir.filePath(QStringLiteral("kept.jpg"))});
+    EXPECT_FALSE(start.has_value());
+
+    start = queue[0].id();
+    EXPECT_FALSE(reconcileWithFolder(queue, dir.filePath(QStringLiteral("vanished")), start));
+    EXPECT_EQ(queue.size(), 1) << "an unreadable folder changes nothing";
+    EXPECT_TRUE(start.has_value());
+}
+
 TEST(QueueEditing, ADropTakesFilesAndFoldersWithOneAnswerForAll)
 {
     QTemporaryDir dir;
