@@ -3,6 +3,7 @@
 #include "AppServices.h"
 #include "ControlsColumn.h"
 #include "DiagnosticsExport.h"
+#include "Logo.h"
 #include "QueueModel.h"
 #include "QueueTableModel.h"
 #include "QueueView.h"
@@ -29,6 +30,7 @@
 #include <QLabel>
 #include <QMenuBar>
 #include <QMimeData>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QScreen>
 #include <QScrollArea>
@@ -95,11 +97,29 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
 
     // The drop prompt while the queue is empty, then the grid, or the table.
     queuePanel = new QStackedWidget(content);
-    auto* placeholder = new QLabel(QStringLiteral("Drag & drop files here\n\nYou can drag and drop photos, videos, "
-                                                  "or folders here"),
-                                   queuePanel);
-    placeholder->setAlignment(Qt::AlignCenter);
-    placeholder->setAccessibleName(placeholder->text());
+    // The drop prompt, or the spinner while a run adds files to the empty queue.
+    auto* placeholder = new QWidget(queuePanel);
+    auto* promptLayout = new QVBoxLayout(placeholder);
+    auto* prompt = new QLabel(QStringLiteral("Drag & drop files here"), placeholder);
+    auto* logo = new QLabel(placeholder);
+    logo->setPixmap(logoPixmap(96));
+    auto* promptLine = new QLabel(QStringLiteral("You can drag and drop photos, videos, or folders here"), placeholder);
+    QFont large = prompt->font();
+    large.setPointSizeF(large.pointSizeF() * 1.5);
+    prompt->setFont(large);
+    auto* spinner = new QProgressBar(placeholder);
+    spinner->setRange(0, 0); // busy
+    spinner->setTextVisible(false);
+    spinner->setFixedWidth(160);
+    auto* adding = new QLabel(QStringLiteral("Adding files..."), placeholder);
+    promptLayout->addStretch(1);
+    for (QWidget* widget : std::initializer_list<QWidget*>{prompt, logo, promptLine, spinner, adding}) {
+        promptLayout->addWidget(widget, 0, Qt::AlignHCenter);
+        widget->setAccessibleName(qobject_cast<QLabel*>(widget) ? static_cast<QLabel*>(widget)->text() : QString());
+    }
+    promptLayout->addStretch(1);
+    promptParts = {prompt, logo, promptLine};
+    loadingParts = {spinner, adding};
     grid = new QueueView(*model, services.settings, queuePanel);
     connect(grid, &QueueView::reordered, this, [this] { tableModel->refresh(); });
     table = new QTableView(queuePanel);
@@ -161,6 +181,10 @@ void ContentView::showQueue()
     hideThumbnailsButton->setToolTip(hideThumbnailsButton->isChecked() ? QStringLiteral("Show thumbnails")
                                                                        : QStringLiteral("Hide thumbnails"));
     hideThumbnailsButton->setAccessibleName(hideThumbnailsButton->toolTip());
+    for (QWidget* part : promptParts)
+        part->setVisible(!fileIntake->isLoading());
+    for (QWidget* part : loadingParts)
+        part->setVisible(fileIntake->isLoading());
     if (images.isEmpty())
         queuePanel->setCurrentIndex(0);
     else

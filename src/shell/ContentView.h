@@ -97,6 +97,8 @@ private:
     void confirmDeletion();
     void removeAll();
     QStackedWidget* queuePanel = nullptr;
+    QList<QWidget*> promptParts;
+    QList<QWidget*> loadingParts;
     void startCommand();
     bool appeared = false;
 };

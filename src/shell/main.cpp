@@ -1,7 +1,9 @@
+#include "Logo.h"
 #include "TallowbrookApp.h"
 #include "core/Version.h"
 
 #include <QApplication>
+#include <QIcon>
 
 int main(int argc, char* argv[])
 {
@@ -10,6 +12,10 @@ int main(int argc, char* argv[])
     QApplication::setApplicationName(QStringLiteral("Tallowbrook"));
     QApplication::setApplicationVersion(QString::fromLatin1(tb::appVersion));
     QApplication::setDesktopFileName(QStringLiteral("com.tallowbrook.Tallowbrook"));
+    QIcon icon;
+    for (int size : {16, 32, 64, 128, 256})
+        icon.addPixmap(tb::logoPixmap(size));
+    QApplication::setWindowIcon(icon);
 
     tb::TallowbrookApp program;
     if (!program.start(QApplication::arguments()))
