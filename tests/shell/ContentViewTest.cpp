@@ -12,6 +12,7 @@
 #include <QSignalSpy>
 #include <QStackedWidget>
 #include <QTableView>
+#include <QTest>
 
 using namespace tb;
 using tb::test::ShellFixture;
@@ -170,7 +171,18 @@ TEST_F(ContentViewTest, HidingThumbnailsShowsTheTable)
     ContentView& window = openWindow();
     auto* panel = window.findChild<QStackedWidget*>();
     ASSERT_NE(panel, nullptr);
-    EXPECT_TRUE(qobject_cast<QLabel*>(panel->currentWidget())) << "an empty queue shows the drop prompt";
+    auto shown = [&window](const QString& text) {
+        for (QLabel* label : window.findChildren<QLabel*>())
+            if (label->text() == text && label->isVisibleTo(&window))
+                return true;
+        return false;
+    };
+    EXPECT_EQ(panel->currentIndex(), 0);
+    EXPECT_TRUE(shown(QStringLiteral("Drag & drop files here"))) << "an empty queue shows the drop prompt";
+    window.intake().loadFiles({QUrl::fromLocalFile(dir.filePath(QStringLiteral("a.jpg")))});
+    EXPECT_TRUE(shown(QStringLiteral("Adding files...")));
+    EXPECT_FALSE(shown(QStringLiteral("Drag & drop files here"))) << "the spinner takes the prompt's place";
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !window.intake().isLoading(); }, 10000));
 
     QPushButton* hide = nullptr;
     for (auto* button : window.findChildren<QPushButton*>())
