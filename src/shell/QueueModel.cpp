@@ -5,6 +5,8 @@
 #include <QCoreApplication>
 #include <QPointer>
 
+#include <limits>
+
 namespace tb {
 
 QueueModel::QueueModel(QList<IdentifiableImage>& images, PlaybackCaches& caches, QObject* parent)
@@ -53,39 +55,52 @@ QVariant QueueModel::data(const QModelIndex& index, int role) const
     }
 }
 
+// Newest requests go first, so the cells on screen now are served before those a fast scroll
+// passed; requests that many newer ones overtook are dropped when their turn comes, and asked
+// again if their cell is drawn again.
 void QueueModel::requestThumbnail(const IdentifiableImage& item) const
 {
-    if (pending.contains(item.id()))
+    if (pending.contains(item.id()) || failed.contains(item.id()))
         return;
     pending.insert(item.id());
     ++requests;
+    const qint64 serial = latestRequest->fetch_add(1) + 1;
     QPointer<QueueModel> self(const_cast<QueueModel*>(this));
     const QUuid id = item.id();
     const QUrl url = item.url();
     const bool isVideo = item.isVideo();
     PlaybackCaches& source = caches;
-    pool.start([self, id, url, isVideo, &source] {
-        QImage image = source.thumbnail(url, isVideo).value_or(QImage());
-        QMetaObject::invokeMethod(
-            qApp,
-            [self, id, image = std::move(image)] {
-                if (self)
-                    self->thumbnailReady(id, image);
-            },
-            Qt::QueuedConnection);
-    });
+    auto latest = latestRequest;
+    pool.start(
+        [self, id, url, isVideo, &source, serial, latest] {
+            const bool overtaken = latest->load() - serial > staleAfter;
+            std::optional<QImage> image = overtaken ? std::nullopt : source.thumbnail(url, isVideo);
+            QMetaObject::invokeMethod(
+                qApp,
+                [self, id, overtaken, image = std::move(image)] {
+                    if (self)
+                        self->thumbnailReady(id, overtaken, image.value_or(QImage()));
+                },
+                Qt::QueuedConnection);
+        },
+        int(serial % std::numeric_limits<int>::max()));
 }
 
-void QueueModel::thumbnailReady(const QUuid& id, const QImage& image)
+void QueueModel::thumbnailReady(const QUuid& id, bool overtaken, const QImage& image)
 {
     pending.remove(id);
-    if (image.isNull())
-        return; // the cell keeps its placeholder
-    thumbnails.insert(id, QPixmap::fromImage(image));
-    thumbnailOrder.append(id);
-    // Cells long scrolled away give their pictures back; they ask again when seen.
-    while (thumbnailOrder.size() > keptThumbnails)
-        thumbnails.remove(thumbnailOrder.takeFirst());
+    if (!overtaken && image.isNull()) {
+        failed.insert(id); // the cell keeps its placeholder, without asking again
+        return;
+    }
+    if (!overtaken) {
+        ++delivered;
+        thumbnails.insert(id, QPixmap::fromImage(image));
+        thumbnailOrder.append(id);
+        // Cells long scrolled away give their pictures back; they ask again when seen.
+        while (thumbnailOrder.size() > keptThumbnails)
+            thumbnails.remove(thumbnailOrder.takeFirst());
+    }
     // The row is usually where it was asked for; a sort meanwhile means looking it up.
     int row = rowHint.value(id, -1);
     if (row < 0 || row >= images.size() || images[row].id() != id) {
@@ -94,6 +109,8 @@ void QueueModel::thumbnailReady(const QUuid& id, const QImage& image)
         row = it == images.end() ? -1 : int(it - images.begin());
     }
     rowHint.remove(id);
+    // A cell still on screen draws again: with its picture, or asking anew after an overtaken
+    // request. Off screen this costs nothing.
     if (row >= 0)
         Q_EMIT dataChanged(index(row), index(row), {Qt::DecorationRole});
 }
@@ -112,6 +129,7 @@ bool QueueModel::moveItem(const QUuid& dragged, const QUuid& target)
 
 void QueueModel::refresh()
 {
+    failed.clear(); // a file mended since gets another try
     beginResetModel();
     endResetModel();
 }

@@ -9,6 +9,8 @@
 #include <QSet>
 #include <QThreadPool>
 
+#include <atomic>
+#include <memory>
 #include <optional>
 
 namespace tb {
@@ -42,12 +44,19 @@ public:
     QueueSelection selection;
     std::optional<QUuid> startingImageId;
     int thumbnailRequests() const { return requests; }
+    int thumbnailsDelivered() const { return delivered; }
+    bool hasThumbnail(int row) const
+    {
+        return row >= 0 && row < images.size() && thumbnails.contains(images[row].id());
+    }
 
     static constexpr int keptThumbnails = 600;
+    // A request that this many newer ones overtook is dropped when its turn comes.
+    static constexpr qint64 staleAfter = 500;
 
 private:
     void requestThumbnail(const IdentifiableImage& item) const;
-    void thumbnailReady(const QUuid& id, const QImage& image);
+    void thumbnailReady(const QUuid& id, bool overtaken, const QImage& image);
 
     QList<IdentifiableImage>& images;
     PlaybackCaches& caches;
@@ -55,8 +64,11 @@ private:
     mutable QHash<QUuid, QPixmap> thumbnails;
     mutable QList<QUuid> thumbnailOrder; // oldest first, for dropping
     mutable QSet<QUuid> pending;
+    mutable QSet<QUuid> failed; // unreadable: not asked again
     mutable QHash<QUuid, int> rowHint;
     mutable int requests = 0;
+    int delivered = 0;
+    std::shared_ptr<std::atomic<qint64>> latestRequest = std::make_shared<std::atomic<qint64>>(0);
     mutable QThreadPool pool;
 };
 

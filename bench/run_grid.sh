@@ -1,0 +1,32 @@
+#!/usr/bin/env bash
+# A fast scroll of the thumbnail grid over 2,000 queue items of 24-megapixel JPEGs (hard links
+# to the corpus pictures, so each item is decoded on its own), beside vipsthumbnail making the
+# same kind of thumbnails from the same files with two threads: the machine's plain rate.
+# Usage: bench/run_grid.sh [items] [pixels per second]   (corpus in $CORPUS_DIR)
+set -euo pipefail
+cd "$(dirname "$0")/.."
+items=${1:-2000}
+speed=${2:-4000}
+corpus=${CORPUS_DIR:-/tmp/tallowbrook-corpus}
+[ -n "$(ls "$corpus"/big/*.jpg 2>/dev/null)" ] || bash bench/run_thumbnails.sh 20 >/dev/null
+cmake -S . -B build-bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DTALLOWBROOK_BUILD_TESTS=OFF \
+  -DTALLOWBROOK_BUILD_BENCHMARKS=ON >/dev/null
+cmake --build build-bench --target grid_bench >/dev/null
+
+grid="$corpus/grid"
+if [ "$(ls "$grid" 2>/dev/null | wc -l)" != "$items" ]; then
+  rm -rf "$grid" && mkdir -p "$grid"
+  pictures=("$corpus"/big/*.jpg)
+  for i in $(seq 0 $((items - 1))); do
+    ln "${pictures[$((i % ${#pictures[@]}))]}" "$grid/$(printf 'item_%05d.jpg' "$i")"
+  done
+fi
+cat "$corpus"/big/*.jpg >/dev/null # both read from memory
+
+echo "tallowbrook: $(QT_QPA_PLATFORM=offscreen build-bench/bench/grid_bench "$grid" "$speed")"
+sample=("$grid"/item_0000*.jpg) # ten items
+start=$(date +%s%N)
+printf '%s\n' "${sample[@]}" | xargs -P 2 -n 1 vipsthumbnail -s 300 -o /tmp/vips-grid-%s.jpg
+end=$(date +%s%N)
+rm -f /tmp/vips-grid-*.jpg
+awk -v n=${#sample[@]} -v ns=$((end - start)) 'BEGIN { printf "vipsthumbnail, 2 threads: %.1f thumbnails per second\n", n / (ns / 1e9) }'
