@@ -7,7 +7,8 @@ class QWidget;
 namespace tb {
 
 // The real dialogs: QMessageBox for questions and alerts, Qt's own QFileDialog for panels (the
-// same look on every desktop, and reachable over the accessibility bus).
+// same look on every desktop, and reachable over the accessibility bus). An open panel that
+// allows files and folders takes selected folders on "Open" beside the files.
 // Without a parent, each dialog belongs to the window that is active when it opens.
 class QtUserDialogs final : public UserDialogs {
 public:
