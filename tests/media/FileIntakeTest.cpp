@@ -153,3 +153,30 @@ TEST_F(IntakeFixture, AnUnreadableFolderLogsAndAddsNothing)
     ASSERT_EQ(log.messages(LogLevel::Error).size(), 1);
     EXPECT_TRUE(log.messages(LogLevel::Error)[0].startsWith(QStringLiteral("Error reading contents of directory: ")));
 }
+
+// A second run starts at once beside the first: both end on their own, and every item of each
+// arrives, each run's items in their own order.
+TEST_F(IntakeFixture, TwoRunsAtOnceBothComplete)
+{
+    QList<QUrl> first;
+    for (int i = 0; i < 120; ++i)
+        first.append(QUrl::fromLocalFile(touch(QStringLiteral("a/%1.jpg").arg(i, 3, 10, QLatin1Char('0')))));
+    const QList<QUrl> second{QUrl::fromLocalFile(touch(QStringLiteral("b/only.png")))};
+    QSignalSpy loading(&intake, &FileIntake::loadingChanged);
+    QSignalSpy toasts(&intake, &FileIntake::toast);
+    intake.loadFiles(first);
+    intake.loadFiles(second);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return toasts.size() == 2; }, 10000));
+    EXPECT_EQ(loading.count(), 4) << "each run sets and clears the flag itself";
+    EXPECT_FALSE(intake.isLoading());
+    ASSERT_EQ(queue.size(), 121);
+    QStringList fromFirst;
+    for (const auto& item : queue)
+        if (item.filename() != QStringLiteral("only.png"))
+            fromFirst.append(item.url().toString());
+    QStringList expected;
+    for (const QUrl& url : first)
+        expected.append(url.toString());
+    EXPECT_EQ(fromFirst, expected);
+    EXPECT_EQ(intake.totalPhotosAdded(), 121);
+}
