@@ -176,10 +176,12 @@ void ContentView::showQueue()
 {
     const bool visible = fileIntake->displayThumbnails() && !hideThumbnailsButton->isChecked() &&
                          images.size() <= FileIntake::thumbnailsEnabledTreshold;
-    hideThumbnailsButton->setIcon(style()->standardIcon(hideThumbnailsButton->isChecked() ? QStyle::SP_DialogYesButton
-                                                                                          : QStyle::SP_DialogNoButton));
-    hideThumbnailsButton->setToolTip(hideThumbnailsButton->isChecked() ? QStringLiteral("Show thumbnails")
-                                                                       : QStringLiteral("Hide thumbnails"));
+    // The desktop's eye icons where its theme has them; the words say it everywhere.
+    const bool hidden = hideThumbnailsButton->isChecked();
+    hideThumbnailsButton->setIcon(
+        QIcon::fromTheme(hidden ? QStringLiteral("view-visible") : QStringLiteral("view-hidden")));
+    hideThumbnailsButton->setToolTip(hidden ? QStringLiteral("Show thumbnails") : QStringLiteral("Hide thumbnails"));
+    hideThumbnailsButton->setText(hideThumbnailsButton->toolTip());
     hideThumbnailsButton->setAccessibleName(hideThumbnailsButton->toolTip());
     for (QWidget* part : promptParts)
         part->setVisible(!fileIntake->isLoading());
