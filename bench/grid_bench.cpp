@@ -3,6 +3,7 @@
 // scrolling, how long after the scroll stops the last screen is complete, and the longest stall
 // of the GUI thread (a 10 ms probe timer).
 // Usage: grid_bench <folder of photos> <scroll speed in pixels per second>
+#include "StallProbe.h"
 #include "core/Logger.h"
 #include "core/SettingsStore.h"
 #include "media/PictureCaches.h"
@@ -57,15 +58,7 @@ int main(int argc, char* argv[])
     view.show();
 
     QElapsedTimer clock;
-    qint64 lastTick = 0;
-    qint64 worstStall = 0;
-    QTimer probe;
-    probe.setTimerType(Qt::PreciseTimer);
-    QObject::connect(&probe, &QTimer::timeout, [&] {
-        const qint64 now = clock.nsecsElapsed();
-        worstStall = std::max(worstStall, now - lastTick - qint64(10'000'000));
-        lastTick = now;
-    });
+    StallProbe probe;
 
     // Scroll from top to bottom at the given speed, one step per 60 Hz frame; sample how much
     // of the screen is served every frame.
@@ -79,7 +72,7 @@ int main(int argc, char* argv[])
     frame.setTimerType(Qt::PreciseTimer);
     QTimer::singleShot(500, [&] { // the layout is made in batches first
         clock.start();
-        probe.start(10);
+        probe.start();
         frame.start(16);
     });
     QObject::connect(&frame, &QTimer::timeout, [&] {
@@ -102,7 +95,6 @@ int main(int argc, char* argv[])
     std::printf("grid items=%lld scroll_s=%.1f thumbnails_during_scroll=%d per_s=%.1f on_screen_served=%.0f%% "
                 "last_screen_complete_ms=%.0f requests=%d worst_gui_stall_ms=%.1f\n",
                 qlonglong(queue.size()), scrollS, deliveredAtEnd, deliveredAtEnd / scrollS,
-                100.0 * servedSum / std::max(samples, 1), settleMs, model.thumbnailRequests(),
-                double(std::max<qint64>(worstStall, 0)) / 1e6);
+                100.0 * servedSum / std::max(samples, 1), settleMs, model.thumbnailRequests(), probe.worstMs());
     return 0;
 }

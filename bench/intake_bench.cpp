@@ -2,6 +2,7 @@
 // every item is in, how long the GUI thread was ever blocked meanwhile (a 10 ms probe timer),
 // and how long sorting the queue by file name takes.
 // Usage: intake_bench <folder>
+#include "StallProbe.h"
 #include "core/Logger.h"
 #include "core/SettingsStore.h"
 #include "core/UserDialogs.h"
@@ -43,21 +44,13 @@ int main(int argc, char* argv[])
     tb::FileIntake intake(queue, settings, dialogs);
 
     QElapsedTimer clock;
-    qint64 lastTick = 0;
-    qint64 worstStall = 0;
-    QTimer probe;
-    probe.setTimerType(Qt::PreciseTimer);
-    QObject::connect(&probe, &QTimer::timeout, [&] {
-        const qint64 now = clock.nsecsElapsed();
-        worstStall = std::max(worstStall, now - lastTick - qint64(10'000'000));
-        lastTick = now;
-    });
+    StallProbe probe;
     QObject::connect(&intake, &tb::FileIntake::loadingChanged, [&](bool loading) {
         if (!loading)
             app.quit();
     });
     clock.start();
-    probe.start(10);
+    probe.start();
     QTimer::singleShot(0, [&] {
         intake.processURLs({QUrl::fromLocalFile(folder)}, intake.decideRecursion({QUrl::fromLocalFile(folder)}));
     });
@@ -69,6 +62,6 @@ int main(int argc, char* argv[])
     tb::sortImages(queue, QStringLiteral("Filename Ascending ↑"));
     const double sortMs = double(sortClock.nsecsElapsed()) / 1e6;
     std::printf("intake items=%lld all_in_ms=%.0f worst_gui_stall_ms=%.1f sort_by_name_ms=%.1f\n",
-                qlonglong(queue.size()), intakeMs, double(std::max<qint64>(worstStall, 0)) / 1e6, sortMs);
+                qlonglong(queue.size()), intakeMs, probe.worstMs(), sortMs);
     return 0;
 }
