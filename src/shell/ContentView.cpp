@@ -95,9 +95,9 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
     connect(hideThumbnailsButton, &QPushButton::toggled, this, [this] { showQueue(); });
     connect(trashButton, &QPushButton::clicked, this, &ContentView::confirmDeletion);
 
-    // The drop prompt while the queue is empty, then the grid, or the table.
+    // The drop prompt while the queue is empty (the spinner instead while a run adds files),
+    // then the grid, or the table.
     queuePanel = new QStackedWidget(content);
-    // The drop prompt, or the spinner while a run adds files to the empty queue.
     auto* placeholder = new QWidget(queuePanel);
     auto* promptLayout = new QVBoxLayout(placeholder);
     auto* prompt = new QLabel(QStringLiteral("Drag & drop files here"), placeholder);
@@ -113,10 +113,11 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
     spinner->setFixedWidth(160);
     auto* adding = new QLabel(QStringLiteral("Adding files..."), placeholder);
     promptLayout->addStretch(1);
-    for (QWidget* widget : std::initializer_list<QWidget*>{prompt, logo, promptLine, spinner, adding}) {
+    for (QLabel* label : {prompt, promptLine, adding})
+        label->setAccessibleName(label->text());
+    spinner->setAccessibleName(adding->text());
+    for (QWidget* widget : std::initializer_list<QWidget*>{prompt, logo, promptLine, spinner, adding})
         promptLayout->addWidget(widget, 0, Qt::AlignHCenter);
-        widget->setAccessibleName(qobject_cast<QLabel*>(widget) ? static_cast<QLabel*>(widget)->text() : QString());
-    }
     promptLayout->addStretch(1);
     promptParts = {prompt, logo, promptLine};
     loadingParts = {spinner, adding};
