@@ -2,9 +2,10 @@
 
 #include "media/PlaybackCaches.h"
 
-#include <QCoreApplication>
+#include <QGuiApplication>
 #include <QPointer>
 
+#include <cmath>
 #include <limits>
 
 namespace tb {
@@ -71,10 +72,14 @@ void QueueModel::requestThumbnail(const IdentifiableImage& item) const
     const bool isVideo = item.isVideo();
     PlaybackCaches& source = caches;
     auto latest = latestRequest;
+    const int side = int(std::ceil(cellSide * qGuiApp->devicePixelRatio()));
     pool.start(
-        [self, id, url, isVideo, &source, serial, latest] {
+        [self, id, url, isVideo, &source, serial, latest, side] {
             const bool overtaken = latest->load() - serial > staleAfter;
             std::optional<QImage> image = overtaken ? std::nullopt : source.thumbnail(url, isVideo);
+            // Kept at the cell's size: a quarter of the memory, and nothing to scale when drawn.
+            if (image && (image->width() > side || image->height() > side))
+                image = image->scaled(side, side, Qt::KeepAspectRatio, Qt::SmoothTransformation);
             QMetaObject::invokeMethod(
                 qApp,
                 [self, id, overtaken, image = std::move(image)] {

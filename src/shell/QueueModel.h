@@ -50,6 +50,8 @@ public:
         return row >= 0 && row < images.size() && thumbnails.contains(images[row].id());
     }
 
+    // A cell's side in points; thumbnails are kept at that size in device pixels.
+    static constexpr int cellSide = 150;
     static constexpr int keptThumbnails = 600;
     // A request that this many newer ones overtook is dropped when its turn comes.
     static constexpr qint64 staleAfter = 500;

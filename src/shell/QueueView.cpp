@@ -16,7 +16,7 @@ namespace tb {
 
 namespace {
 
-constexpr int cellSide = 150;
+constexpr int cellSide = QueueModel::cellSide;
 
 class CellDelegate final : public QStyledItemDelegate {
 public:
