@@ -7,6 +7,7 @@
 #include "core/Logger.h"
 #include "core/SettingsStore.h"
 #include "media/PictureCaches.h"
+#include "media/Queue.h"
 #include "shell/QueueModel.h"
 #include "shell/QueueView.h"
 
@@ -48,9 +49,11 @@ int main(int argc, char* argv[])
     const double pixelsPerSecond = QApplication::arguments().value(2, QStringLiteral("4000")).toDouble();
     QTemporaryDir dir;
     tb::SettingsStore settings(dir.filePath(QStringLiteral("settings.conf")));
-    QList<tb::IdentifiableImage> queue;
+    QList<tb::IdentifiableImage> items;
     for (const QFileInfo& file : QDir(folder).entryInfoList({QStringLiteral("*.jpg")}, QDir::Files, QDir::Name))
-        queue.append(tb::makeItem(QUrl::fromLocalFile(file.absoluteFilePath())));
+        items.append(tb::makeItem(QUrl::fromLocalFile(file.absoluteFilePath())));
+    tb::Queue queue;
+    queue.append(items);
     tb::PictureCaches caches(QSize(1920, 1080));
     tb::QueueModel model(queue, caches);
     tb::QueueView view(model, settings);

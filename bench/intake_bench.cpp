@@ -7,6 +7,7 @@
 #include "core/SettingsStore.h"
 #include "core/UserDialogs.h"
 #include "media/FileIntake.h"
+#include "media/Queue.h"
 #include "media/QueueEditing.h"
 
 #include <QCoreApplication>
@@ -40,7 +41,7 @@ int main(int argc, char* argv[])
     QTemporaryDir dir;
     tb::SettingsStore settings(dir.filePath(QStringLiteral("settings.conf")));
     AllSubfolders dialogs;
-    QList<tb::IdentifiableImage> queue;
+    tb::Queue queue;
     tb::FileIntake intake(queue, settings, dialogs);
 
     QElapsedTimer clock;
@@ -59,7 +60,9 @@ int main(int argc, char* argv[])
 
     QElapsedTimer sortClock;
     sortClock.start();
-    tb::sortImages(queue, QStringLiteral("Filename Ascending ↑"));
+    QList<tb::IdentifiableImage> sorted = queue.items();
+    tb::sortImages(sorted, QStringLiteral("Filename Ascending ↑"));
+    queue.replaceAll(std::move(sorted));
     const double sortMs = double(sortClock.nsecsElapsed()) / 1e6;
     std::printf("intake items=%lld all_in_ms=%.0f worst_gui_stall_ms=%.1f sort_by_name_ms=%.1f\n",
                 qlonglong(queue.size()), intakeMs, probe.worstMs(), sortMs);

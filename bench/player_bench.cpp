@@ -11,6 +11,7 @@
 #include "core/SleepInhibitor.h"
 #include "media/IdentifiableImage.h"
 #include "media/PictureCaches.h"
+#include "media/Queue.h"
 #include "playback/PlayerWindow.h"
 #include "playback/SlideshowManager.h"
 #include "playback/SlideshowView.h"
@@ -74,6 +75,7 @@ int main(int argc, char* argv[])
     tb::PictureCaches caches(screen->size() * screen->devicePixelRatio() * 1.25);
     NoHold hold;
 
+    auto queue = std::make_shared<tb::Queue>();
     QList<tb::IdentifiableImage> images;
     for (const QString& file : args.mid(1))
         images.append(tb::makeItem(QUrl::fromLocalFile(file)));
@@ -85,7 +87,8 @@ int main(int argc, char* argv[])
     config.isManualMode = mode != QLatin1String("memory");
     config.slideshowDelay = 0.05;
     manager.setSlideshowRunning(true);
-    auto* player = new tb::SlideshowView(images, config, {scheduler, random, manager, audio, caches, hold, settings});
+    queue->append(images);
+    auto* player = new tb::SlideshowView(queue, config, {scheduler, random, manager, audio, caches, hold, settings});
     tb::PlayerWindow window(player, caches, screen, false, false);
     window.present();
     player->onAppear();

@@ -1,6 +1,7 @@
 #include "FileIntake.h"
 
 #include "MediaTypes.h"
+#include "Queue.h"
 #include "core/Logger.h"
 #include "core/SettingsStore.h"
 #include "core/UserDialogs.h"
@@ -35,8 +36,8 @@ int supportedCount(const QFileInfoList& entries)
 
 } // namespace
 
-FileIntake::FileIntake(QList<IdentifiableImage>& images, SettingsStore& settings, UserDialogs& dialogs, QObject* parent)
-    : QObject(parent), images(images), settings(settings), dialogs(dialogs)
+FileIntake::FileIntake(Queue& queue, SettingsStore& settings, UserDialogs& dialogs, QObject* parent)
+    : QObject(parent), queue(queue), settings(settings), dialogs(dialogs)
 {
 }
 
@@ -204,8 +205,7 @@ void FileIntake::run(const QList<QUrl>& chosen, std::optional<bool> expandFolder
             names.append(batch.last().filename());
             if (batch.size() == batchSize || i == urls.size() - 1) {
                 post([batch, names](FileIntake& intake) {
-                    Q_EMIT intake.itemsAboutToBeAdded(int(batch.size()));
-                    intake.images.append(batch);
+                    intake.queue.append(batch);
                     intake.fileNames.append(names);
                     intake.setTotalPhotosAdded(intake.totalAdded + int(batch.size()));
                     Q_EMIT intake.itemsAdded(int(batch.size()));

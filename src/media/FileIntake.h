@@ -14,6 +14,7 @@
 
 namespace tb {
 
+class Queue;
 class SettingsStore;
 class UserDialogs;
 
@@ -24,8 +25,7 @@ class UserDialogs;
 class FileIntake final : public QObject {
     Q_OBJECT
 public:
-    FileIntake(QList<IdentifiableImage>& images, SettingsStore& settings, UserDialogs& dialogs,
-               QObject* parent = nullptr);
+    FileIntake(Queue& queue, SettingsStore& settings, UserDialogs& dialogs, QObject* parent = nullptr);
     ~FileIntake() override;
 
     // "Select files or folders": the dialog, the recursion decision, the count ahead, the run.
@@ -61,8 +61,7 @@ public:
     static constexpr int batchSize = 50;
 
 Q_SIGNALS:
-    // Around each batch appended to the queue (views insert their rows).
-    void itemsAboutToBeAdded(int count);
+    // After each batch appended to the queue.
     void itemsAdded(int count);
     void loadingChanged(bool loading);
     void toast(const QString& message);
@@ -75,7 +74,7 @@ private:
     static bool hasSubfolder(const QString& folder);
     void countAhead(const QList<QUrl>& urls);
 
-    QList<IdentifiableImage>& images;
+    Queue& queue;
     SettingsStore& settings;
     UserDialogs& dialogs;
     bool loading = false;

@@ -63,14 +63,7 @@ void sortImages(QList<IdentifiableImage>& images, const QString& option)
         images[i] = std::move(keyed[size_t(i)].item);
 }
 
-void removeSelected(QList<IdentifiableImage>& images, const QSet<QUuid>& ids, std::optional<QUuid>& startingImageId)
-{
-    if (startingImageId && ids.contains(*startingImageId))
-        startingImageId.reset();
-    images.removeIf([&ids](const IdentifiableImage& item) { return ids.contains(item.id()); });
-}
-
-bool reconcileWithFolder(QList<IdentifiableImage>& images, const QString& folder, std::optional<QUuid>& startingImageId)
+bool reconcileWithFolder(Queue& queue, const QString& folder)
 {
     const QDir dir(folder);
     if (!dir.exists() || !QFileInfo(folder).isReadable()) {
@@ -83,13 +76,9 @@ bool reconcileWithFolder(QList<IdentifiableImage>& images, const QString& folder
          dir.entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::NoSort))
         if (isSupportedExtension(entry.suffix()))
             listed.insert(QDir::cleanPath(entry.absoluteFilePath()));
-    images.removeIf([&listed](const IdentifiableImage& item) {
+    queue.removeIf([&listed](const IdentifiableImage& item) {
         return !listed.contains(QDir::cleanPath(item.url().toLocalFile()));
     });
-    if (startingImageId && std::none_of(images.begin(), images.end(), [&startingImageId](const IdentifiableImage& i) {
-            return i.id() == *startingImageId;
-        }))
-        startingImageId.reset();
     return true;
 }
 

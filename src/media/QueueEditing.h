@@ -1,13 +1,10 @@
 #pragma once
 
 #include "IdentifiableImage.h"
+#include "Queue.h"
 
 #include <QList>
-#include <QSet>
 #include <QStringList>
-#include <QUuid>
-
-#include <optional>
 
 namespace tb {
 
@@ -20,13 +17,9 @@ const QStringList& sortOptions();
 // unknown options leave the queue as it is.
 void sortImages(QList<IdentifiableImage>& images, const QString& option);
 
-// Removes the items with these ids; clears the starting point if its item goes.
-void removeSelected(QList<IdentifiableImage>& images, const QSet<QUuid>& ids, std::optional<QUuid>& startingImageId);
-
 // Keeps only the items whose file is still a supported file directly in the folder (items from
-// anywhere else go too) and clears the starting point if its item went. An unreadable folder
-// logs an error and changes nothing; the result says whether the folder could be listed.
-bool reconcileWithFolder(QList<IdentifiableImage>& images, const QString& folder,
-                         std::optional<QUuid>& startingImageId);
+// anywhere else go too; the starting point goes with its item). An unreadable folder logs an
+// error and changes nothing; the result says whether the folder could be listed.
+bool reconcileWithFolder(Queue& queue, const QString& folder);
 
 } // namespace tb

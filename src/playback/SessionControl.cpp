@@ -6,6 +6,7 @@
 #include "core/RandomSource.h"
 #include "core/SettingsStore.h"
 #include "core/UserDialogs.h"
+#include "media/Queue.h"
 
 #include <numeric>
 
@@ -15,13 +16,14 @@ namespace {
 QString boolText(bool value) { return value ? QStringLiteral("true") : QStringLiteral("false"); }
 } // namespace
 
-SessionControl::SessionControl(QList<IdentifiableImage>& images, Services services) : images(images), services(services)
+SessionControl::SessionControl(std::shared_ptr<Queue> queue, Services services)
+    : queue(std::move(queue)), services(services)
 {
 }
 
 void SessionControl::startCommand()
 {
-    if (images.isEmpty()) {
+    if (queue->isEmpty()) {
         services.dialogs.alert(AlertStyle::Information, QStringLiteral("No files added"),
                                QStringLiteral("Please add files before running the slideshow."));
         return;
@@ -33,7 +35,7 @@ void SessionControl::startCommand()
 
 void SessionControl::screensaverStart()
 {
-    if (images.isEmpty() || services.manager.isSlideshowRunning())
+    if (queue->isEmpty() || services.manager.isSlideshowRunning())
         return;
     buildShuffleOrder();
     logInfo(QStringLiteral("[IdleWatcher] Starting slideshow in screensaver mode."));
@@ -42,12 +44,12 @@ void SessionControl::screensaverStart()
 
 void SessionControl::buildShuffleOrder()
 {
-    QList<int> order(images.size());
+    QList<int> order(queue->size());
     std::iota(order.begin(), order.end(), 0);
     services.random.shuffle(order);
-    if (startingImageId) {
+    if (const auto& start = queue->startingImageId()) {
         for (int position = 0; position < order.size(); ++position) {
-            if (images[order[position]].id() == *startingImageId) {
+            if (queue->at(order[position]).id() == *start) {
                 std::swap(order[0], order[position]);
                 break;
             }
@@ -84,17 +86,17 @@ void SessionControl::startSlideshow(bool screensaverMode)
     c.isManualMode = settings.value(Settings::isManualMode);
     c.crossfadeDuration = settings.value(Settings::crossfadeDuration, Settings::mainWindowCrossfadeDuration);
     c.imageScalingMode = imageScalingModeFromRaw(settings.value(Settings::imageScalingMode));
-    c.startingImageId = startingImageId;
+    c.startingImageId = queue->startingImageId();
     c.screensaverMode = screensaverMode;
 
     services.analytics.recordEvent(QStringLiteral("slideshowStarted"),
-                                   slideshowStartedSegmentation(int(images.size()), c.slideshowDelay, c.loopSlideshow,
+                                   slideshowStartedSegmentation(int(queue->size()), c.slideshowDelay, c.loopSlideshow,
                                                                 c.randomOrder, transition, c.crossfadeDuration,
                                                                 displayModeRaw, services.manager.isLiveModeActive(),
                                                                 tracks, settings.value(Settings::overlayEnabled)),
                                    1);
 
-    services.presenter.present(request, images);
+    services.presenter.present(request, queue);
 
     if (tracks > 0)
         services.audio.play();

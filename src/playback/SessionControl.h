@@ -4,12 +4,12 @@
 #include "core/Analytics.h"
 
 #include <QList>
-#include <QUuid>
 
-#include <optional>
+#include <memory>
 
 namespace tb {
 
+class Queue;
 class RandomSource;
 class SettingsStore;
 class SlideshowAudio;
@@ -31,11 +31,12 @@ struct ShowRequest {
 class PlayerPresenter {
 public:
     virtual ~PlayerPresenter() = default;
-    virtual void present(const ShowRequest& request, QList<IdentifiableImage>& images) = 0;
+    virtual void present(const ShowRequest& request, std::shared_ptr<Queue> queue) = 0;
 };
 
 // The main window's side of a show: the Start command, the screen-saver start and the start path
-// up to the player's window. The queue and the starting point are the main window's.
+// up to the player's window. The queue, with its starting point, is the main window's; the
+// player shares it.
 class SessionControl {
 public:
     struct Services {
@@ -48,7 +49,7 @@ public:
         PlayerPresenter& presenter;
     };
 
-    SessionControl(QList<IdentifiableImage>& images, Services services);
+    SessionControl(std::shared_ptr<Queue> queue, Services services);
 
     // The Start button and the menu's Start Slideshow.
     void startCommand();
@@ -56,7 +57,6 @@ public:
     void screensaverStart();
     void startSlideshow(bool screensaverMode);
 
-    std::optional<QUuid> startingImageId;
     // The main window's own shuffle order. Players build their own; this one is kept, and not
     // rebuilt by a second start, as it always has been.
     const QList<int>& shuffledIndices() const { return shuffled; }
@@ -64,7 +64,7 @@ public:
 private:
     void buildShuffleOrder();
 
-    QList<IdentifiableImage>& images;
+    std::shared_ptr<Queue> queue;
     Services services;
     QList<int> shuffled;
     int shuffledIndex = 0;

@@ -8,6 +8,7 @@
 #include "core/SettingsStore.h"
 #include "media/ImageLoader.h"
 #include "media/PlaybackCaches.h"
+#include "media/Queue.h"
 
 #include <QFile>
 
@@ -23,10 +24,10 @@ constexpr double shuffledFirstArmDelay = 0.1;
 constexpr int preloadCount = 5;
 } // namespace
 
-SlideshowView::SlideshowView(QList<IdentifiableImage>& images, SlideshowConfiguration configuration,
+SlideshowView::SlideshowView(std::shared_ptr<Queue> queue, SlideshowConfiguration configuration,
                              PlayerServices services, QObject* parent)
     : QObject(parent),
-      images(images),
+      queue(std::move(queue)),
       config(std::move(configuration)),
       services(services),
       sleepPreventer(services.sleepInhibitor)
@@ -52,9 +53,11 @@ void SlideshowView::later(double seconds, std::function<void()> fn)
     helperTasks.append(services.scheduler.after(seconds, std::move(fn)));
 }
 
+const QList<IdentifiableImage>& SlideshowView::images() const { return queue->items(); }
+
 QUrl SlideshowView::currentUrl() const
 {
-    return current >= 0 && current < images.size() ? images[current].url() : QUrl();
+    return current >= 0 && current < images().size() ? images()[current].url() : QUrl();
 }
 
 // Start-up
@@ -68,8 +71,8 @@ void SlideshowView::onAppear()
         const auto startAt = [this]() -> std::optional<int> {
             if (!config.startingImageId)
                 return std::nullopt;
-            for (int i = 0; i < images.size(); ++i)
-                if (images[i].id() == *config.startingImageId)
+            for (int i = 0; i < images().size(); ++i)
+                if (images()[i].id() == *config.startingImageId)
                     return i;
             return std::nullopt;
         }();
@@ -79,7 +82,7 @@ void SlideshowView::onAppear()
             if (!config.isManualMode)
                 scheduleNextSequential();
         } else {
-            logInfo(QStringLiteral("[Slideshow] Initializing shuffle mode with %1 images").arg(images.size()));
+            logInfo(QStringLiteral("[Slideshow] Initializing shuffle mode with %1 images").arg(images().size()));
             shuffled = freshShuffle();
             if (startAt) {
                 const auto position = shuffled.indexOf(*startAt);
@@ -112,7 +115,7 @@ bool SlideshowView::mayArm() const
     if (!services.manager.isSlideshowRunning() || paused || config.isManualMode)
         return false;
     // A clip played to its end drives the show itself.
-    if (current >= 0 && current < images.size() && images[current].isVideo() &&
+    if (current >= 0 && current < images().size() && images()[current].isVideo() &&
         services.settings.value(Settings::videoPlaybackMode) == QLatin1String("fullVideo"))
         return false;
     return true;
@@ -149,7 +152,7 @@ void SlideshowView::runStep(void (SlideshowView::*step)()) { (this->*step)(); }
 
 void SlideshowView::advanceSequential()
 {
-    const int count = int(images.size());
+    const int count = int(images().size());
     if (current < count - 1) {
         setCurrentIndex(current + 1);
         addToHistory();
@@ -187,7 +190,8 @@ void SlideshowView::advanceShuffled()
         clearCachesForRefill();
     }
     if (config.loopSlideshow && hasCompletedLoop) {
-        logInfo(QStringLiteral("[Slideshow] Re-shuffling after completing full cycle of %1 images").arg(images.size()));
+        logInfo(
+            QStringLiteral("[Slideshow] Re-shuffling after completing full cycle of %1 images").arg(images().size()));
         // The new order is not compared with the old: the item just shown may come first again.
         shuffled = freshShuffle();
         hasCompletedLoop = false;
@@ -209,7 +213,7 @@ void SlideshowView::advanceShuffled()
 
 void SlideshowView::advanceAfterResume()
 {
-    const int count = int(images.size());
+    const int count = int(images().size());
     if (!config.randomOrder) {
         if (current >= count - 1) {
             if (config.loopSlideshow) {
@@ -276,7 +280,7 @@ void SlideshowView::goForward()
 
 void SlideshowView::moveToNext()
 {
-    const int count = int(images.size());
+    const int count = int(images().size());
     if (!config.randomOrder) {
         if (viewed.size() >= count) {
             if (!config.loopSlideshow) {
@@ -349,7 +353,7 @@ void SlideshowView::goBack()
     }
     if (current % 10 == 0) {
         clearCachesForRefill();
-        const int count = int(images.size());
+        const int count = int(images().size());
         const int position = config.randomOrder ? shuffledPosition : current;
         QList<int> around;
         for (int offset = -std::min(position, 2); offset < std::min(count - current, 3); ++offset) {
@@ -469,11 +473,11 @@ void SlideshowView::choosePresentation()
         kenBurnsZoom = 1.1 + services.random.unit() * 0.15;
         kenBurnsDrift = QPointF(-30 + services.random.unit() * 60, -30 + services.random.unit() * 60);
     }
-    if (current < 0 || current >= images.size()) {
+    if (current < 0 || current >= images().size()) {
         kind = QStringLiteral("none");
         return;
     }
-    const IdentifiableImage& item = images[current];
+    const IdentifiableImage& item = images()[current];
     if (item.isVideo()) {
         kind = QStringLiteral("video"); // the poster frame, until clips play in the show
         source = PictureProvider::sourceFor(item.url(), true);
@@ -603,7 +607,7 @@ bool SlideshowView::guard(bool inRange, const char* what)
 
 QList<int> SlideshowView::freshShuffle()
 {
-    QList<int> order(images.size());
+    QList<int> order(images().size());
     std::iota(order.begin(), order.end(), 0);
     services.random.shuffle(order);
     return order;
@@ -619,8 +623,8 @@ void SlideshowView::preloadIndices(const QList<int>& indices)
 {
     QList<IdentifiableImage> items;
     for (int index : indices)
-        if (index >= 0 && index < images.size())
-            items.append(images[index]);
+        if (index >= 0 && index < images().size())
+            items.append(images()[index]);
     if (!items.isEmpty())
         services.caches.preload(items);
 }
@@ -628,7 +632,7 @@ void SlideshowView::preloadIndices(const QList<int>& indices)
 void SlideshowView::preloadFrom(int firstIndex)
 {
     QList<int> indices;
-    for (int i = firstIndex; i < std::min<int>(firstIndex + preloadCount, int(images.size())); ++i)
+    for (int i = firstIndex; i < std::min<int>(firstIndex + preloadCount, int(images().size())); ++i)
         indices.append(i);
     preloadIndices(indices);
 }

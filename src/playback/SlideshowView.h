@@ -15,11 +15,13 @@
 #include <QUuid>
 
 #include <functional>
+#include <memory>
 #include <optional>
 
 namespace tb {
 
 class PlaybackCaches;
+class Queue;
 class RandomSource;
 class SettingsStore;
 class SleepInhibitor;
@@ -74,7 +76,7 @@ class SlideshowView final : public QObject {
     Q_PROPERTY(double kenBurnsScale READ kenBurnsScale NOTIFY currentIndexChanged)
     Q_PROPERTY(QPointF kenBurnsOffset READ kenBurnsOffset NOTIFY currentIndexChanged)
 public:
-    SlideshowView(QList<IdentifiableImage>& images, SlideshowConfiguration configuration, PlayerServices services,
+    SlideshowView(std::shared_ptr<Queue> queue, SlideshowConfiguration configuration, PlayerServices services,
                   QObject* parent = nullptr);
     ~SlideshowView() override;
 
@@ -165,7 +167,9 @@ private:
     void preloadFrom(int firstIndex);
     void preloadPositions(int firstPosition, int length);
 
-    QList<IdentifiableImage>& images;
+    const QList<IdentifiableImage>& images() const;
+
+    std::shared_ptr<Queue> queue;
     const SlideshowConfiguration config;
     PlayerServices services;
     SleepPreventer sleepPreventer;

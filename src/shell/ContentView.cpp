@@ -16,6 +16,7 @@
 #include "documents/SlideshowDocument.h"
 #include "media/FileIntake.h"
 #include "media/PlaybackCaches.h"
+#include "media/Queue.h"
 #include "media/QueueEditing.h"
 #include "playback/SessionControl.h"
 #include "playback/SlideshowManager.h"
@@ -50,13 +51,14 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
     setMinimumSize(900, 700);
     setAcceptDrops(true);
 
-    fileIntake = std::make_unique<FileIntake>(images, services.settings, services.dialogs);
-    model = std::make_unique<QueueModel>(images, services.caches);
-    tableModel = std::make_unique<QueueTableModel>(images, [this] { return model->startingImageId; });
+    items = std::make_shared<Queue>();
+    fileIntake = std::make_unique<FileIntake>(*items, services.settings, services.dialogs);
+    model = std::make_unique<QueueModel>(*items, services.caches);
+    tableModel = std::make_unique<QueueTableModel>(*items);
     playerPresenter = std::make_unique<ScreenPlayerPresenter>(services, this);
     sessionControl = std::make_unique<SessionControl>(
-        images, SessionControl::Services{services.settings, services.slideshowManager, services.audio,
-                                         services.analytics, services.random, services.dialogs, *playerPresenter});
+        items, SessionControl::Services{services.settings, services.slideshowManager, services.audio,
+                                        services.analytics, services.random, services.dialogs, *playerPresenter});
 
     auto* content = new QWidget(this);
     auto* columns = new QHBoxLayout(content);
@@ -77,8 +79,9 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
     sortPicker = controls->sortPicker();
     // Picking an option sorts at once; "-" keeps the present order.
     connect(sortPicker, &QComboBox::currentTextChanged, this, [this](const QString& option) {
-        sortImages(images, option);
-        refreshQueue();
+        QList<IdentifiableImage> sorted = items->items();
+        sortImages(sorted, option);
+        items->replaceAll(std::move(sorted));
     });
 
     // Above the queue: hide or show the thumbnails, and remove items.
@@ -122,7 +125,6 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
     promptParts = {prompt, logo, promptLine};
     loadingParts = {spinner, adding};
     grid = new QueueView(*model, services.settings, queuePanel);
-    connect(grid, &QueueView::reordered, this, [this] { tableModel->refresh(); });
     table = new QTableView(queuePanel);
     table->setModel(tableModel.get());
     table->setSelectionBehavior(QAbstractItemView::SelectRows);
@@ -132,21 +134,24 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
     table->setColumnWidth(0, 300);
     table->setColumnWidth(1, 120);
     table->setAccessibleName(QStringLiteral("Queue"));
+    // One selection for both forms: the table's follows the queue's, and sets it.
     connect(table->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
-        model->selection.selectedIds.clear();
+        if (followingSelection)
+            return;
+        QSet<QUuid> ids;
         for (const QModelIndex& row : table->selectionModel()->selectedRows())
-            model->selection.selectedIds.insert(row.data(Qt::UserRole).toUuid());
+            ids.insert(row.data(Qt::UserRole).toUuid());
+        items->setSelectedIds(ids);
     });
+    connect(items.get(), &Queue::selectionChanged, this, &ContentView::showSelectionInTable);
     queuePanel->addWidget(placeholder);
     queuePanel->addWidget(grid);
     queuePanel->addWidget(table);
     queueArea->addWidget(queuePanel, 1);
-    connect(fileIntake.get(), &FileIntake::itemsAboutToBeAdded, model.get(), &QueueModel::beginAppend);
-    connect(fileIntake.get(), &FileIntake::itemsAdded, this, [this] {
-        model->endAppend();
-        tableModel->refresh();
-        showQueue();
-    });
+    // The prompt, the grid or the table, as the queue fills and empties.
+    connect(items.get(), &Queue::rowsInserted, this, &ContentView::showQueue);
+    connect(items.get(), &Queue::rowsRemoved, this, &ContentView::showQueue);
+    connect(items.get(), &Queue::wasReset, this, &ContentView::showQueue);
     connect(fileIntake.get(), &FileIntake::loadingChanged, this, [this] { showQueue(); });
     connect(fileIntake.get(), &FileIntake::itemsAdded, this, [this] { showTotals(); });
     toast = new QLabel(this);
@@ -173,10 +178,14 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
 // The session goes first: its presenter closes a running show, which reads the queue.
 // The grid while thumbnails are wanted, shown and the queue is not above the threshold; the
 // table otherwise; the drop prompt for an empty queue.
+bool ContentView::isGridShown() const
+{
+    return fileIntake->displayThumbnails() && !hideThumbnailsButton->isChecked() &&
+           items->size() <= FileIntake::thumbnailsEnabledTreshold;
+}
+
 void ContentView::showQueue()
 {
-    const bool visible = fileIntake->displayThumbnails() && !hideThumbnailsButton->isChecked() &&
-                         images.size() <= FileIntake::thumbnailsEnabledTreshold;
     // The desktop's eye icons where its theme has them; the words say it everywhere.
     const bool hidden = hideThumbnailsButton->isChecked();
     hideThumbnailsButton->setIcon(
@@ -188,10 +197,10 @@ void ContentView::showQueue()
         part->setVisible(!fileIntake->isLoading());
     for (QWidget* part : loadingParts)
         part->setVisible(fileIntake->isLoading());
-    if (images.isEmpty())
+    if (items->isEmpty())
         queuePanel->setCurrentIndex(0);
     else
-        queuePanel->setCurrentWidget(visible ? static_cast<QWidget*>(grid) : table);
+        queuePanel->setCurrentWidget(isGridShown() ? static_cast<QWidget*>(grid) : table);
 }
 
 void ContentView::showToast(const QString& message)
@@ -215,20 +224,30 @@ bool ContentView::isToastShown() const { return toast->isVisible(); }
 
 void ContentView::showTotals() { controls->setTotalFilesAdded(fileIntake->totalPhotosAdded()); }
 
-void ContentView::refreshQueue()
+void ContentView::showSelectionInTable()
 {
-    model->refresh();
-    tableModel->refresh();
-    showQueue();
-    showTotals();
+    QItemSelection rows;
+    const QSet<QUuid>& selected = items->selectedIds();
+    for (int row = 0; row < items->size() && !selected.isEmpty(); ++row) {
+        if (!selected.contains(items->at(row).id()))
+            continue;
+        int last = row;
+        while (last + 1 < items->size() && selected.contains(items->at(last + 1).id()))
+            ++last;
+        rows.select(tableModel->index(row, 0), tableModel->index(last, tableModel->columnCount() - 1));
+        row = last;
+    }
+    followingSelection = true;
+    table->selectionModel()->select(rows, QItemSelectionModel::ClearAndSelect);
+    followingSelection = false;
 }
 
 // The trash button: nothing for an empty queue; otherwise confirm removing the selection, or all.
 void ContentView::confirmDeletion()
 {
-    if (images.isEmpty())
+    if (items->isEmpty())
         return;
-    const auto selected = model->selection.selectedIds;
+    const QSet<QUuid> selected = items->selectedIds();
     const QString text = selected.isEmpty()
                              ? QStringLiteral("Do you really want to remove all added files?")
                              : QStringLiteral("Do you want to remove %1 selected photos?").arg(selected.size());
@@ -240,10 +259,10 @@ void ContentView::confirmDeletion()
         removeAll();
         return;
     }
-    removeSelected(images, selected, model->startingImageId);
-    fileIntake->setTotalPhotosAdded(int(images.size()));
-    model->selection = {};
-    refreshQueue();
+    items->remove(selected);
+    items->clearSelection();
+    fileIntake->setTotalPhotosAdded(int(items->size()));
+    showTotals();
 }
 
 void ContentView::imagesRemovedFromFolder(int count)
@@ -251,27 +270,27 @@ void ContentView::imagesRemovedFromFolder(int count)
     const std::optional<QUrl> folder = fileIntake->selectedFolderURL();
     if (!folder)
         return;
-    if (reconcileWithFolder(images, folder->toLocalFile(), model->startingImageId)) {
-        fileIntake->setTotalPhotosAdded(int(images.size()));
-        refreshQueue();
+    if (reconcileWithFolder(*items, folder->toLocalFile())) {
+        fileIntake->setTotalPhotosAdded(int(items->size()));
+        showTotals();
+        if (isGridShown())
+            items->renewRefreshID();
     }
     showToast(QStringLiteral("%1 photos removed").arg(count));
 }
 
 void ContentView::removeAll()
 {
-    images.clear();
+    items->clear();
     fileIntake->setTotalPhotosAdded(0);
     sortPicker->setCurrentIndex(0);
-    model->startingImageId.reset();
-    model->selection = {};
     // The poster frames stay: clips are costly to open again.
     services.caches.clearPictures();
     services.caches.clearThumbnails();
     services.slideshowManager.setLiveModeActive(false);
     fileIntake->clearSelectedFolderURL();
     fileIntake->resetThumbnailAlert();
-    refreshQueue();
+    showTotals();
 }
 
 ContentView::~ContentView()
@@ -306,12 +325,8 @@ void ContentView::dropEvent(QDropEvent* event)
         this, [this, urls] { fileIntake->handleDrop(urls); }, Qt::QueuedConnection);
 }
 
-// The Start button and the menu: the show starts at the grid's starting point.
-void ContentView::startCommand()
-{
-    sessionControl->startingImageId = model->startingImageId;
-    sessionControl->startCommand();
-}
+// The Start button and the menu: the show starts at the queue's starting point.
+void ContentView::startCommand() { sessionControl->startCommand(); }
 
 QString ContentView::selectedSortOption() const { return sortPicker->currentText(); }
 

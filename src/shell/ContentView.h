@@ -1,9 +1,6 @@
 #pragma once
 
 #include "CommandBus.h"
-#include "media/IdentifiableImage.h"
-
-#include <QList>
 #include <QMainWindow>
 
 #include <memory>
@@ -21,6 +18,7 @@ struct AppServices;
 struct SlideshowDocument;
 class ControlsColumn;
 class FileIntake;
+class Queue;
 class QueueModel;
 class QueueTableModel;
 class QueueView;
@@ -38,7 +36,7 @@ public:
     // "New Slideshow": another main window with its own state, centred, at the present level.
     static ContentView* openNewWindow(AppServices& services);
 
-    QList<IdentifiableImage>& queue() { return images; }
+    Queue& queue() { return *items; }
     SessionControl& session() { return *sessionControl; }
     FileIntake& intake() { return *fileIntake; }
     QueueModel& queueModel() { return *model; }
@@ -75,8 +73,8 @@ private:
     void setFloating(bool floating);
 
     AppServices& services;
-    // Declared before the session and its presenter, which hold references to it.
-    QList<IdentifiableImage> images;
+    // Shared with a running show, which may outlive this window by a moment.
+    std::shared_ptr<Queue> items;
     std::unique_ptr<FileIntake> fileIntake;
     std::unique_ptr<QueueModel> model;
     std::unique_ptr<QueueTableModel> tableModel;
@@ -93,7 +91,9 @@ private:
     quint64 toastTask = 0;
     void showQueue();
     void showTotals();
-    void refreshQueue();
+    void showSelectionInTable();
+    bool isGridShown() const;
+    bool followingSelection = false;
     void confirmDeletion();
     void removeAll();
     QStackedWidget* queuePanel = nullptr;

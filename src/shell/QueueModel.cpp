@@ -10,10 +10,12 @@
 
 namespace tb {
 
-QueueModel::QueueModel(QList<IdentifiableImage>& images, PlaybackCaches& caches, QObject* parent)
-    : QAbstractListModel(parent), images(images), caches(caches)
+QueueModel::QueueModel(Queue& queue, PlaybackCaches& caches, QObject* parent) : QueueRows(queue, parent), caches(caches)
 {
     pool.setMaxThreadCount(std::max(1, QThread::idealThreadCount()));
+    connect(&queue, &Queue::selectionChanged, this, [this] { allRowsChanged(IsSelectedRole); });
+    connect(&queue, &Queue::startingPointChanged, this, [this] { allRowsChanged(IsStartRole); });
+    connect(&queue, &Queue::refreshIDChanged, this, &QueueModel::reloadThumbnails);
 }
 
 QueueModel::~QueueModel()
@@ -22,13 +24,18 @@ QueueModel::~QueueModel()
     pool.waitForDone();
 }
 
-int QueueModel::rowCount(const QModelIndex& parent) const { return parent.isValid() ? 0 : int(images.size()); }
+int QueueModel::rowCount(const QModelIndex& parent) const { return parent.isValid() ? 0 : int(items.size()); }
+
+bool QueueModel::hasThumbnail(int row) const
+{
+    return row >= 0 && row < items.size() && thumbnails.contains(items.at(row).id());
+}
 
 QVariant QueueModel::data(const QModelIndex& index, int role) const
 {
-    if (!index.isValid() || index.row() >= images.size())
+    if (!index.isValid() || index.row() >= items.size())
         return {};
-    const IdentifiableImage& item = images[index.row()];
+    const IdentifiableImage& item = items.at(index.row());
     switch (role) {
     case Qt::DisplayRole:
     case Qt::AccessibleTextRole:
@@ -36,11 +43,9 @@ QVariant QueueModel::data(const QModelIndex& index, int role) const
     case Qt::ToolTipRole:
         return item.filePath();
     case Qt::DecorationRole: {
-        const auto it = thumbnails.constFind(item.id());
-        if (it != thumbnails.constEnd())
-            return *it;
-        rowHint.insert(item.id(), index.row());
-        requestThumbnail(item);
+        if (auto pixmap = thumbnails.object(item.id()))
+            return *pixmap;
+        requestThumbnail(item, index.row());
         return {};
     }
     case ItemIdRole:
@@ -48,9 +53,9 @@ QVariant QueueModel::data(const QModelIndex& index, int role) const
     case IsVideoRole:
         return item.isVideo();
     case IsStartRole:
-        return startingImageId == item.id();
+        return items.startingImageId() == item.id();
     case IsSelectedRole:
-        return selection.selectedIds.contains(item.id());
+        return items.selectedIds().contains(item.id());
     default:
         return {};
     }
@@ -59,8 +64,9 @@ QVariant QueueModel::data(const QModelIndex& index, int role) const
 // Newest requests go first, so the cells on screen now are served before those a fast scroll
 // passed; requests that many newer ones overtook are dropped when their turn comes, and asked
 // again if their cell is drawn again.
-void QueueModel::requestThumbnail(const IdentifiableImage& item) const
+void QueueModel::requestThumbnail(const IdentifiableImage& item, int row) const
 {
+    rowHint.insert(item.id(), row);
     if (pending.contains(item.id()) || failed.contains(item.id()))
         return;
     pending.insert(item.id());
@@ -100,43 +106,25 @@ void QueueModel::thumbnailReady(const QUuid& id, bool overtaken, const QImage& i
     }
     if (!overtaken) {
         ++delivered;
-        thumbnails.insert(id, QPixmap::fromImage(image));
-        thumbnailOrder.append(id);
-        // Cells long scrolled away give their pictures back; they ask again when seen.
-        while (thumbnailOrder.size() > keptThumbnails)
-            thumbnails.remove(thumbnailOrder.takeFirst());
+        const QPixmap pixmap = QPixmap::fromImage(image);
+        thumbnails.insert(id, pixmap, qint64(pixmap.width()) * pixmap.height() * 4);
     }
-    // The row is usually where it was asked for; a sort meanwhile means looking it up.
-    int row = rowHint.value(id, -1);
-    if (row < 0 || row >= images.size() || images[row].id() != id) {
-        const auto it =
-            std::find_if(images.begin(), images.end(), [&id](const IdentifiableImage& i) { return i.id() == id; });
-        row = it == images.end() ? -1 : int(it - images.begin());
-    }
-    rowHint.remove(id);
+    // The row is usually where it was asked for; a change of the queue meanwhile means looking
+    // it up.
+    int row = rowHint.take(id);
+    if (row < 0 || row >= items.size() || items.at(row).id() != id)
+        row = int(items.indexOf(id));
     // A cell still on screen draws again: with its picture, or asking anew after an overtaken
     // request. Off screen this costs nothing.
     if (row >= 0)
         Q_EMIT dataChanged(index(row), index(row), {Qt::DecorationRole});
 }
 
-void QueueModel::beginAppend(int count) { beginInsertRows({}, int(images.size()), int(images.size()) + count - 1); }
-
-void QueueModel::endAppend() { endInsertRows(); }
-
-bool QueueModel::moveItem(const QUuid& dragged, const QUuid& target)
+void QueueModel::reloadThumbnails()
 {
-    beginResetModel();
-    const bool moved = tb::moveItem(images, dragged, target);
-    endResetModel();
-    return moved;
-}
-
-void QueueModel::refresh()
-{
+    thumbnails.removeAll();
     failed.clear(); // a file mended since gets another try
-    beginResetModel();
-    endResetModel();
+    allRowsChanged(Qt::DecorationRole);
 }
 
 } // namespace tb

@@ -4,25 +4,25 @@
 
 namespace tb {
 
-QueueTableModel::QueueTableModel(QList<IdentifiableImage>& images,
-                                 std::function<std::optional<QUuid>()> startingImageId, QObject* parent)
-    : QAbstractTableModel(parent), images(images), startingImageId(std::move(startingImageId))
+QueueTableModel::QueueTableModel(Queue& queue, QObject* parent) : QueueRows(queue, parent)
 {
+    // The pin is drawn in the name column.
+    connect(&queue, &Queue::startingPointChanged, this, [this] { allRowsChanged(Qt::DisplayRole); });
 }
 
-int QueueTableModel::rowCount(const QModelIndex& parent) const { return parent.isValid() ? 0 : int(images.size()); }
+int QueueTableModel::rowCount(const QModelIndex& parent) const { return parent.isValid() ? 0 : int(items.size()); }
 
 int QueueTableModel::columnCount(const QModelIndex& parent) const { return parent.isValid() ? 0 : 3; }
 
 QVariant QueueTableModel::data(const QModelIndex& index, int role) const
 {
-    if (!index.isValid() || index.row() >= images.size())
+    if (!index.isValid() || index.row() >= items.size())
         return {};
-    const IdentifiableImage& item = images[index.row()];
+    const IdentifiableImage& item = items.at(index.row());
     if (role == Qt::DisplayRole) {
         switch (index.column()) {
         case 0: {
-            const bool pinned = startingImageId() == item.id();
+            const bool pinned = items.startingImageId() == item.id();
             return pinned ? QStringLiteral("📌 ") + item.filename() : item.filename();
         }
         case 1:
@@ -49,12 +49,6 @@ QVariant QueueTableModel::headerData(int section, Qt::Orientation orientation, i
     default:
         return QStringLiteral("Path");
     }
-}
-
-void QueueTableModel::refresh()
-{
-    beginResetModel();
-    endResetModel();
 }
 
 } // namespace tb

@@ -2,6 +2,7 @@
 
 #include "QueueModel.h"
 #include "core/SettingsStore.h"
+#include "media/Queue.h"
 
 #include <QApplication>
 #include <QContextMenuEvent>
@@ -117,9 +118,8 @@ void QueueView::mousePressEvent(QMouseEvent* event)
     pressed = index;
     pressPosition = event->position().toPoint();
     const auto modifiers = event->modifiers();
-    queue.selection.click(queue.items(), index.data(QueueModel::ItemIdRole).toUuid(), modifiers & Qt::ShiftModifier,
-                          modifiers & Qt::ControlModifier);
-    viewport()->update();
+    queue.queue().click(index.data(QueueModel::ItemIdRole).toUuid(), modifiers & Qt::ShiftModifier,
+                        modifiers & Qt::ControlModifier);
 }
 
 // Dragging a cell carries its id as text; dropping it on another cell moves it there.
@@ -163,8 +163,7 @@ void QueueView::dropEvent(QDropEvent* event)
         return;
     }
     event->acceptProposedAction();
-    if (queue.moveItem(dragged, target.data(QueueModel::ItemIdRole).toUuid()))
-        Q_EMIT reordered();
+    queue.queue().move(dragged, target.data(QueueModel::ItemIdRole).toUuid());
 }
 
 void QueueView::contextMenuEvent(QContextMenuEvent* event)
@@ -174,15 +173,15 @@ void QueueView::contextMenuEvent(QContextMenuEvent* event)
         return;
     const QUuid id = index.data(QueueModel::ItemIdRole).toUuid();
     QMenu menu(this);
-    if (queue.startingImageId == id)
-        menu.addAction(QStringLiteral("Clear Starting Point"), this, [this] { queue.startingImageId.reset(); });
+    Queue& items = queue.queue();
+    if (items.startingImageId() == id)
+        menu.addAction(QStringLiteral("Clear Starting Point"), this, [&items] { items.setStartingImageId({}); });
     else
-        menu.addAction(QStringLiteral("Start Slideshow Here"), this, [this, id] { queue.startingImageId = id; });
+        menu.addAction(QStringLiteral("Start Slideshow Here"), this, [&items, id] { items.setStartingImageId(id); });
     const bool names = settings.value(Settings::showFilenamesInThumbnails);
     menu.addAction(names ? QStringLiteral("Hide Filenames") : QStringLiteral("Show Filenames"), this,
                    [this, names] { settings.set(Settings::showFilenamesInThumbnails, !names); });
     menu.exec(event->globalPos());
-    viewport()->update();
 }
 
 } // namespace tb

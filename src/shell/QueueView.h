@@ -15,10 +15,6 @@ class QueueView final : public QListView {
 public:
     QueueView(QueueModel& model, SettingsStore& settings, QWidget* parent = nullptr);
 
-Q_SIGNALS:
-    // The user dragged an item to a new place.
-    void reordered();
-
 protected:
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;

@@ -18,7 +18,7 @@ ScreenPlayerPresenter::ScreenPlayerPresenter(AppServices& services, QWidget* mai
 
 ScreenPlayerPresenter::~ScreenPlayerPresenter()
 {
-    // The player reads the main window's queue: it must not outlive it.
+    // A main window closing ends its show through the show's own stop path.
     if (window) {
         window->close();
         delete window;
@@ -42,7 +42,7 @@ QScreen* ScreenPlayerPresenter::chooseScreen(int selectedDisplayID) const
     return QGuiApplication::primaryScreen();
 }
 
-void ScreenPlayerPresenter::present(const ShowRequest& request, QList<IdentifiableImage>& images)
+void ScreenPlayerPresenter::present(const ShowRequest& request, std::shared_ptr<Queue> queue)
 {
     QScreen* screen = chooseScreen(request.selectedDisplayID);
     if (request.grid != GridOption::none)
@@ -50,7 +50,7 @@ void ScreenPlayerPresenter::present(const ShowRequest& request, QList<Identifiab
                        .arg(gridOptionLabel(request.grid)));
 
     auto* player =
-        new SlideshowView(images, request.single,
+        new SlideshowView(std::move(queue), request.single,
                           PlayerServices{services.scheduler, services.random, services.slideshowManager, services.audio,
                                          services.caches, services.sleepInhibitor, services.settings});
     window = new PlayerWindow(player, services.caches, screen, request.startInWindowedMode, request.floatOnTop);

@@ -19,7 +19,7 @@ public:
     ScreenPlayerPresenter(AppServices& services, QWidget* mainWindow);
     ~ScreenPlayerPresenter() override;
 
-    void present(const ShowRequest& request, QList<IdentifiableImage>& images) override;
+    void present(const ShowRequest& request, std::shared_ptr<Queue> queue) override;
 
     PlayerWindow* currentWindow() const { return window; }
 

@@ -1,5 +1,6 @@
 #include "media/FileIntake.h"
 #include "core/SettingsStore.h"
+#include "media/Queue.h"
 #include "support/LogCapture.h"
 #include "support/ScriptedUserDialogs.h"
 
@@ -20,7 +21,7 @@ struct IntakeFixture : ::testing::Test {
     QTemporaryDir dir;
     SettingsStore settings{dir.filePath(QStringLiteral("settings.conf"))};
     ScriptedUserDialogs dialogs;
-    QList<IdentifiableImage> queue;
+    Queue queue;
     FileIntake intake{queue, settings, dialogs};
 
     QString touch(const QString& relative)
@@ -38,7 +39,7 @@ struct IntakeFixture : ::testing::Test {
     QStringList queuedNames() const
     {
         QStringList names;
-        for (const auto& item : queue)
+        for (const auto& item : queue.items())
             names.append(item.filename());
         std::sort(names.begin(), names.end());
         return names;
@@ -171,7 +172,7 @@ TEST_F(IntakeFixture, TwoRunsAtOnceBothComplete)
     EXPECT_FALSE(intake.isLoading());
     ASSERT_EQ(queue.size(), 121);
     QStringList fromFirst;
-    for (const auto& item : queue)
+    for (const auto& item : queue.items())
         if (item.filename() != QStringLiteral("only.png"))
             fromFirst.append(item.url().toString());
     QStringList expected;

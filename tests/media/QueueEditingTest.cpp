@@ -1,7 +1,6 @@
 #include "media/QueueEditing.h"
 #include "core/SettingsStore.h"
 #include "media/FileIntake.h"
-#include "media/QueueSelection.h"
 #include "support/ScriptedUserDialogs.h"
 
 #include <QDir>
@@ -57,19 +56,6 @@ TEST(QueueEditing, SortsByFullPathInFileBrowserOrderAndByDateWithMissingDatesAsT
     EXPECT_EQ(names(dated).last(), QStringLiteral("/x/late.jpg"));
 }
 
-TEST(QueueEditing, RemovingTheStartingItemClearsTheStartingPoint)
-{
-    QList<IdentifiableImage> queue{item(QStringLiteral("/a.jpg")), item(QStringLiteral("/b.jpg")),
-                                   item(QStringLiteral("/c.jpg"))};
-    std::optional<QUuid> start = queue[1].id();
-    removeSelected(queue, {queue[0].id()}, start);
-    EXPECT_EQ(queue.size(), 2);
-    EXPECT_EQ(start, queue[0].id()) << "the pin stays with its item";
-    removeSelected(queue, {queue[0].id(), queue[1].id()}, start);
-    EXPECT_TRUE(queue.isEmpty());
-    EXPECT_FALSE(start.has_value());
-}
-
 // After live mode saw files go: only supported files still directly in the watched folder stay.
 TEST(QueueEditing, ReconcilingWithTheFolderKeepsOnlyItsPresentFiles)
 {
@@ -78,18 +64,18 @@ TEST(QueueEditing, ReconcilingWithTheFolderKeepsOnlyItsPresentFiles)
         QDir().mkpath(QFileInfo(dir.filePath(QString::fromLatin1(name))).path());
         QFile(dir.filePath(QString::fromLatin1(name))).open(QIODevice::WriteOnly);
     }
-    QList<IdentifiableImage> queue{
-        item(dir.filePath(QStringLiteral("gone.jpg"))), item(dir.filePath(QStringLiteral("kept.jpg"))),
-        item(dir.filePath(QStringLiteral("sub/deep.jpg"))), item(QStringLiteral("/elsewhere/kept.jpg"))};
-    std::optional<QUuid> start = queue[0].id();
-    ASSERT_TRUE(reconcileWithFolder(queue, dir.path(), start));
-    EXPECT_EQ(names(queue), QStringList{dir.filePath(QStringLiteral("kept.jpg"))});
-    EXPECT_FALSE(start.has_value());
+    Queue queue;
+    queue.append({item(dir.filePath(QStringLiteral("gone.jpg"))), item(dir.filePath(QStringLiteral("kept.jpg"))),
+                  item(dir.filePath(QStringLiteral("sub/deep.jpg"))), item(QStringLiteral("/elsewhere/kept.jpg"))});
+    queue.setStartingImageId(queue.at(0).id());
+    ASSERT_TRUE(reconcileWithFolder(queue, dir.path()));
+    EXPECT_EQ(names(queue.items()), QStringList{dir.filePath(QStringLiteral("kept.jpg"))});
+    EXPECT_FALSE(queue.startingImageId().has_value());
 
-    start = queue[0].id();
-    EXPECT_FALSE(reconcileWithFolder(queue, dir.filePath(QStringLiteral("vanished")), start));
+    queue.setStartingImageId(queue.at(0).id());
+    EXPECT_FALSE(reconcileWithFolder(queue, dir.filePath(QStringLiteral("vanished"))));
     EXPECT_EQ(queue.size(), 1) << "an unreadable folder changes nothing";
-    EXPECT_TRUE(start.has_value());
+    EXPECT_TRUE(queue.startingImageId().has_value());
 }
 
 TEST(QueueEditing, ADropTakesFilesAndFoldersWithOneAnswerForAll)
@@ -103,7 +89,7 @@ TEST(QueueEditing, ADropTakesFilesAndFoldersWithOneAnswerForAll)
     SettingsStore settings(dir.filePath(QStringLiteral("settings.conf")));
     test::ScriptedUserDialogs dialogs;
     dialogs.questionAnswers = {QuestionAnswer{1, false}}; // "This Folder Only"
-    QList<IdentifiableImage> queue;
+    Queue queue;
     FileIntake intake(queue, settings, dialogs);
     intake.handleDrop({QUrl::fromLocalFile(dir.filePath(QStringLiteral("plain"))),
                        QUrl::fromLocalFile(dir.filePath(QStringLiteral("nested"))),
@@ -111,62 +97,11 @@ TEST(QueueEditing, ADropTakesFilesAndFoldersWithOneAnswerForAll)
                        QUrl(QStringLiteral("https://example.invalid/remote.jpg"))});
     ASSERT_TRUE(QTest::qWaitFor([&] { return !intake.isLoading(); }, 10000));
     QStringList added;
-    for (const auto& image : queue)
+    for (const auto& image : queue.items())
         added.append(image.filename());
     added.sort();
     EXPECT_EQ(added, (QStringList{QStringLiteral("a.jpg"), QStringLiteral("b.jpg"), QStringLiteral("loose.png")}))
         << "one answer for both folders: the inner folder is skipped";
     EXPECT_EQ(dialogs.prompts.size(), 1);
     EXPECT_EQ(intake.totalPhotosToBeAdded(), 0) << "a drop counts nothing ahead";
-}
-
-TEST(QueueSelection, ClicksFollowTheGridsOwnRules)
-{
-    const QList<IdentifiableImage> queue{item(QStringLiteral("/a")), item(QStringLiteral("/b")),
-                                         item(QStringLiteral("/c")), item(QStringLiteral("/d"))};
-    const QUuid a = queue[0].id(), b = queue[1].id(), c = queue[2].id();
-
-    QueueSelection s;
-    s.click(queue, a, false, false);
-    s.click(queue, c, true, false);
-    s.click(queue, b, true, false);
-    EXPECT_EQ(s.selectedIds, (QSet<QUuid>{a, b, c})) << "a shift-click only adds";
-    EXPECT_EQ(s.lastSelectedId, a) << "and keeps its anchor";
-
-    QueueSelection t;
-    t.click(queue, a, false, false);
-    t.click(queue, b, false, true);
-    t.click(queue, b, false, false);
-    EXPECT_TRUE(t.selectedIds.isEmpty()) << "a plain click on a selected item clears all";
-    EXPECT_FALSE(t.lastSelectedId);
-
-    QueueSelection u;
-    u.click(queue, c, true, false);
-    EXPECT_EQ(u.selectedIds, QSet<QUuid>{c}) << "shift without an anchor selects the one item";
-    EXPECT_EQ(u.lastSelectedId, c);
-    u.click(queue, c, false, true);
-    EXPECT_TRUE(u.selectedIds.isEmpty());
-    EXPECT_EQ(u.lastSelectedId, c) << "ctrl taking an item out leaves the anchor";
-}
-
-TEST(QueueSelection, DraggingPlacesAfterAForwardTargetAndBeforeABackwardOne)
-{
-    const QList<IdentifiableImage> original{item(QStringLiteral("/A")), item(QStringLiteral("/B")),
-                                            item(QStringLiteral("/C")), item(QStringLiteral("/D"))};
-    auto order = [](const QList<IdentifiableImage>& q) {
-        QString s;
-        for (const auto& i : q)
-            s += i.filename();
-        return s;
-    };
-    QList<IdentifiableImage> q = original;
-    EXPECT_TRUE(moveItem(q, q[0].id(), q[2].id()));
-    EXPECT_EQ(order(q), QStringLiteral("BCAD"));
-    q = original;
-    EXPECT_TRUE(moveItem(q, q[3].id(), q[1].id()));
-    EXPECT_EQ(order(q), QStringLiteral("ADBC"));
-    q = original;
-    EXPECT_TRUE(moveItem(q, q[1].id(), q[1].id()));
-    EXPECT_EQ(order(q), QStringLiteral("ABCD")) << "onto itself changes nothing";
-    EXPECT_FALSE(moveItem(q, QUuid::createUuid(), q[1].id()));
 }

@@ -2,6 +2,7 @@
 
 #include "core/ManualScheduler.h"
 #include "core/SettingsStore.h"
+#include "media/Queue.h"
 #include "playback/SlideshowManager.h"
 #include "playback/SlideshowView.h"
 #include "support/LogCapture.h"
@@ -23,7 +24,7 @@ struct PlayerHarness {
     FakeCaches caches;
     FakeInhibitor inhibitor;
     SettingsStore settings{dir.filePath(QStringLiteral("settings.conf"))};
-    QList<IdentifiableImage> images;
+    std::shared_ptr<Queue> queue = std::make_shared<Queue>();
     int closes = 0;
     std::unique_ptr<SlideshowView> player;
 
@@ -31,10 +32,10 @@ struct PlayerHarness {
 
     SlideshowView& start(int count, SlideshowConfiguration configuration, bool withWindow = true)
     {
-        images = makeQueue(count);
+        queue->replaceAll(makeQueue(count));
         manager.setSlideshowRunning(true);
         player = std::make_unique<SlideshowView>(
-            images, std::move(configuration),
+            queue, std::move(configuration),
             PlayerServices{scheduler, random, manager, audio, caches, inhibitor, settings});
         if (withWindow)
             player->setClosePlayer([this] { ++closes; });

@@ -312,7 +312,7 @@ TEST(SlideshowView, AnEmptiedShuffledQueueEndsTheShowNotTheProgram)
     LogCapture log;
     PlayerHarness h;
     SlideshowView& p = h.start(3, timed(true, true));
-    h.images.clear(); // live mode took every file away
+    h.queue->clear(); // live mode took every file away
     h.scheduler.advance(3.1);
     h.scheduler.advance(3.0);
     h.scheduler.advance(3.0);
@@ -325,12 +325,11 @@ TEST(SlideshowView, AClipPlayedToItsEndArmsNoTimer)
 {
     PlayerHarness h;
     h.settings.set(Settings::videoPlaybackMode, QStringLiteral("fullVideo"));
-    h.images = makeQueue(0);
     h.manager.setSlideshowRunning(true);
-    h.images.append(IdentifiableImage(QUuid::createUuid(), QUrl::fromLocalFile(QStringLiteral("/c.mp4")),
-                                      QStringLiteral("c.mp4"), QStringLiteral("/"), std::nullopt, false, true, 8.0));
-    h.images.append(makeQueue(1));
-    SlideshowView p(h.images, timed(false, false),
+    h.queue->append({IdentifiableImage(QUuid::createUuid(), QUrl::fromLocalFile(QStringLiteral("/c.mp4")),
+                                       QStringLiteral("c.mp4"), QStringLiteral("/"), std::nullopt, false, true, 8.0)});
+    h.queue->append(makeQueue(1));
+    SlideshowView p(h.queue, timed(false, false),
                     PlayerServices{h.scheduler, h.random, h.manager, h.audio, h.caches, h.inhibitor, h.settings});
     p.onAppear();
     EXPECT_EQ(p.pendingAdvance(), 0u);
@@ -391,9 +390,9 @@ TEST(SlideshowView, ChoosesHowEachItemIsShown)
         config.imageScalingMode = c.scaling;
         config.isManualMode = true;
         SlideshowView& p = h.start(0, config);
-        h.images = {item(dir.filePath(QStringLiteral("clip.mp4")), false, true), item(gif, true, false),
-                    item(dir.filePath(QStringLiteral("gone.gif")), true, false),
-                    item(dir.filePath(QStringLiteral("photo.jpg")), false, false)};
+        h.queue->replaceAll({item(dir.filePath(QStringLiteral("clip.mp4")), false, true), item(gif, true, false),
+                             item(dir.filePath(QStringLiteral("gone.gif")), true, false),
+                             item(dir.filePath(QStringLiteral("photo.jpg")), false, false)});
         for (int i = 0; i < 4; ++i) {
             p.goForwardByArrow();
             SCOPED_TRACE(i);

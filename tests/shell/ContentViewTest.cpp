@@ -142,11 +142,11 @@ TEST_F(ContentViewTest, TheTrashButtonConfirmsAndRemovesTheSelectionOrEverything
     trash->click();
     EXPECT_TRUE(dialogs.prompts.isEmpty()) << "nothing to remove, nothing asked";
 
-    window.queue() = tb::test::makeQueue(3);
-    const QUuid first = window.queue()[0].id();
-    const QUuid second = window.queue()[1].id();
-    window.queueModel().selection.selectedIds = {first, second};
-    window.queueModel().startingImageId = second;
+    window.queue().replaceAll(tb::test::makeQueue(3));
+    const QUuid first = window.queue().at(0).id();
+    const QUuid second = window.queue().at(1).id();
+    window.queue().setSelectedIds({first, second});
+    window.queue().setStartingImageId(second);
     dialogs.questionAnswers = {QuestionAnswer{1, false}, QuestionAnswer{0, false}};
     trash->click(); // Cancel
     EXPECT_EQ(window.queue().size(), 3);
@@ -156,8 +156,8 @@ TEST_F(ContentViewTest, TheTrashButtonConfirmsAndRemovesTheSelectionOrEverything
     EXPECT_EQ(dialogs.prompts[1].text, QStringLiteral("Do you want to remove 2 selected photos?"));
     EXPECT_EQ(dialogs.prompts[1].buttons, (QStringList{QStringLiteral("Yes"), QStringLiteral("Cancel")}));
     ASSERT_EQ(window.queue().size(), 1);
-    EXPECT_FALSE(window.queueModel().startingImageId) << "the pin went with its item";
-    EXPECT_TRUE(window.queueModel().selection.selectedIds.isEmpty());
+    EXPECT_FALSE(window.queue().startingImageId()) << "the pin went with its item";
+    EXPECT_TRUE(window.queue().selectedIds().isEmpty());
 
     dialogs.questionAnswers = {QuestionAnswer{0, false}};
     trash->click();
@@ -189,7 +189,7 @@ TEST_F(ContentViewTest, HidingThumbnailsShowsTheTable)
         if (button->toolTip() == QStringLiteral("Hide thumbnails"))
             hide = button;
     ASSERT_NE(hide, nullptr);
-    window.queue() = tb::test::makeQueue(3);
+    window.queue().replaceAll(tb::test::makeQueue(3));
     hide->click();
     EXPECT_TRUE(qobject_cast<QTableView*>(panel->currentWidget()));
     EXPECT_EQ(hide->toolTip(), QStringLiteral("Show thumbnails"));

@@ -23,7 +23,7 @@ struct PresentationTest : ShellFixture {
             QImage picture(size, QImage::Format_RGB32);
             picture.fill(colour);
             EXPECT_TRUE(picture.save(path));
-            window.queue().append(makeItem(QUrl::fromLocalFile(path)));
+            window.queue().append({makeItem(QUrl::fromLocalFile(path))});
         }
         settings.set(Settings::startInWindowedMode, true);
         settings.set(Settings::isManualMode, true);

@@ -1,10 +1,13 @@
 #include "ShellFixture.h"
 
 #include "shell/QueueModel.h"
+#include "shell/QueueTableModel.h"
 #include "shell/QueueView.h"
 
+#include <QAbstractItemModelTester>
 #include <QMimeData>
 #include <QScrollBar>
+#include <QSignalSpy>
 #include <QTest>
 
 using namespace tb;
@@ -13,13 +16,13 @@ using namespace tb::test;
 namespace {
 
 struct QueueViewTest : ShellFixture {
-    QList<IdentifiableImage> queue;
+    Queue queue;
     std::unique_ptr<QueueModel> model;
     std::unique_ptr<QueueView> view;
 
     void show(int items)
     {
-        queue = makeQueue(items);
+        queue.replaceAll(makeQueue(items));
         model = std::make_unique<QueueModel>(queue, caches);
         view = std::make_unique<QueueView>(*model, settings);
         view->resize(900, 600);
@@ -61,17 +64,17 @@ TEST_F(QueueViewTest, ClicksSelectByTheQueuesRules)
     QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, centreOf(0));
     QTest::mouseClick(view->viewport(), Qt::LeftButton, Qt::ShiftModifier, centreOf(2));
     QTest::mouseClick(view->viewport(), Qt::LeftButton, Qt::ShiftModifier, centreOf(1));
-    EXPECT_EQ(model->selection.selectedIds, (QSet<QUuid>{queue[0].id(), queue[1].id(), queue[2].id()}));
+    EXPECT_EQ(queue.selectedIds(), (QSet<QUuid>{queue.at(0).id(), queue.at(1).id(), queue.at(2).id()}));
     EXPECT_TRUE(model->index(1).data(QueueModel::IsSelectedRole).toBool());
 
     QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, centreOf(1));
-    EXPECT_TRUE(model->selection.selectedIds.isEmpty()) << "a plain click on a selected cell clears all";
+    EXPECT_TRUE(queue.selectedIds().isEmpty()) << "a plain click on a selected cell clears all";
 }
 
 TEST_F(QueueViewTest, DroppingACellOnAnotherMovesItThere)
 {
     show(4);
-    const QUuid a = queue[0].id();
+    const QUuid a = queue.at(0).id();
     auto dropOnto = [&](const QUuid& dragged, int row) {
         QMimeData mime;
         mime.setText(dragged.toString(QUuid::WithoutBraces));
@@ -84,17 +87,50 @@ TEST_F(QueueViewTest, DroppingACellOnAnotherMovesItThere)
         QCoreApplication::sendEvent(view->viewport(), &drop);
     };
     QString before;
-    for (const auto& item : queue)
+    for (const auto& item : queue.items())
         before += item.filename().left(1);
     dropOnto(a, 2);
     QString after;
-    for (const auto& item : queue)
+    for (const auto& item : queue.items())
         after += item.filename().left(1);
     EXPECT_EQ(after, QString(before[1]) + before[2] + before[0] + before[3]) << "A onto C gives B, C, A, D";
 
     dropOnto(QUuid::createUuid(), 1);
     QString unchanged;
-    for (const auto& item : queue)
+    for (const auto& item : queue.items())
         unchanged += item.filename().left(1);
     EXPECT_EQ(unchanged, after) << "an unknown id is lost";
+}
+
+// The grid and the table follow every kind of change without a reset, and stay consistent
+// models throughout (the tester checks each signal against the rows it names).
+TEST(QueueModels, FollowTheQueuesChangesRowByRow)
+{
+    Queue queue;
+    FakeCaches caches;
+    QueueModel grid(queue, caches);
+    QueueTableModel table(queue);
+    QAbstractItemModelTester gridCheck(&grid, QAbstractItemModelTester::FailureReportingMode::Fatal);
+    QAbstractItemModelTester tableCheck(&table, QAbstractItemModelTester::FailureReportingMode::Fatal);
+    QSignalSpy resets(&table, &QAbstractItemModel::modelReset);
+
+    for (int batch = 0; batch < 3; ++batch)
+        queue.append(makeQueue(50));
+    queue.insert(1, makeQueue(2));
+    const QUuid moved = queue.at(0).id();
+    queue.move(moved, queue.at(100).id());
+    queue.setStartingImageId(moved);
+    QSet<QUuid> everyThird;
+    for (int i = 0; i < queue.size(); i += 3)
+        everyThird.insert(queue.at(i).id());
+    queue.remove(everyThird);
+
+    EXPECT_EQ(resets.size(), 0);
+    ASSERT_EQ(grid.rowCount(), int(queue.size()));
+    ASSERT_EQ(table.rowCount(), int(queue.size()));
+    const int row = int(queue.indexOf(moved));
+    ASSERT_GE(row, 0);
+    EXPECT_EQ(grid.index(row).data(QueueModel::ItemIdRole).toUuid(), moved);
+    EXPECT_TRUE(grid.index(row).data(QueueModel::IsStartRole).toBool());
+    EXPECT_TRUE(table.index(row, 0).data().toString().startsWith(QStringLiteral("📌")));
 }

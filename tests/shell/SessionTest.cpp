@@ -1,5 +1,6 @@
 #include "ShellFixture.h"
 
+#include "media/Queue.h"
 #include "playback/PlayerWindow.h"
 #include "playback/SessionControl.h"
 #include "shell/ScreenPlayerPresenter.h"
@@ -7,6 +8,7 @@
 
 #include <QGuiApplication>
 #include <QImage>
+#include <QPointer>
 #include <QPushButton>
 #include <QScreen>
 #include <QTest>
@@ -19,7 +21,7 @@ namespace {
 class RecordingPresenter final : public PlayerPresenter {
 public:
     explicit RecordingPresenter(FakeAudio& audio) : audio(audio) {}
-    void present(const ShowRequest& request, QList<IdentifiableImage>&) override
+    void present(const ShowRequest& request, std::shared_ptr<Queue>) override
     {
         requests.append(request);
         audioCallsAtPresent = audio.calls;
@@ -30,7 +32,7 @@ public:
 };
 
 struct SessionTest : ShellFixture {
-    QList<IdentifiableImage> queue;
+    std::shared_ptr<Queue> queue = std::make_shared<Queue>();
     RecordingPresenter presenter{audio};
     SessionControl session{queue, {settings, slideshowManager, audio, analytics, random, dialogs, presenter}};
 };
@@ -46,7 +48,7 @@ TEST_F(SessionTest, NothingStartsWithoutFilesAndTheScreenSaverNeverAsks)
     EXPECT_TRUE(presenter.requests.isEmpty());
     EXPECT_FALSE(slideshowManager.isSlideshowRunning());
 
-    queue = makeQueue(3);
+    queue->replaceAll(makeQueue(3));
     slideshowManager.setSlideshowRunning(true);
     session.screensaverStart();
     EXPECT_TRUE(presenter.requests.isEmpty()) << "no screen-saver show over a running one";
@@ -54,7 +56,7 @@ TEST_F(SessionTest, NothingStartsWithoutFilesAndTheScreenSaverNeverAsks)
 
 TEST_F(SessionTest, StartReadsTheSettingsAndReportsTheShow)
 {
-    queue = makeQueue(4);
+    queue->replaceAll(makeQueue(4));
     settings.set(Settings::displayMode, 2);
     settings.set(Settings::imageScalingMode, QStringLiteral("Stretch to fill"));
     settings.set(Settings::startInWindowedMode, true);
@@ -102,15 +104,15 @@ TEST_F(SessionTest, StartReadsTheSettingsAndReportsTheShow)
 
 TEST_F(SessionTest, TheMainWindowShuffleOrderPutsTheStartingItemFirstAndIsKept)
 {
-    queue = makeQueue(12);
+    queue->replaceAll(makeQueue(12));
     settings.set(Settings::randomOrder, true);
-    session.startingImageId = queue[7].id();
+    queue->setStartingImageId(queue->at(7).id());
     session.startCommand();
     const QList<int> order = session.shuffledIndices();
     ASSERT_EQ(order.size(), 12);
     EXPECT_EQ(order[0], 7);
     slideshowManager.setSlideshowRunning(false);
-    session.startingImageId = queue[3].id();
+    queue->setStartingImageId(queue->at(3).id());
     session.startCommand();
     EXPECT_EQ(session.shuffledIndices(), order) << "a second start does not rebuild it";
 }
@@ -146,7 +148,7 @@ TEST_F(ShellFixture, StartOpensThePlayerAndEscapeBringsTheMainWindowBack)
         QImage picture(64, 48, QImage::Format_RGB32);
         picture.fill(colour);
         ASSERT_TRUE(picture.save(path));
-        window.queue().append(makeItem(QUrl::fromLocalFile(path)));
+        window.queue().append({makeItem(QUrl::fromLocalFile(path))});
     }
     QPushButton* start = nullptr;
     for (auto* button : window.findChildren<QPushButton*>())
@@ -186,7 +188,7 @@ TEST_F(ShellFixture, ClosingThePlayerByHandEndsTheShowAndAMissingScreenFallsBack
 {
     LogCapture log;
     ContentView& window = openWindow();
-    window.queue() = makeQueue(2);
+    window.queue().replaceAll(makeQueue(2));
     settings.set(Settings::selectedDisplayID, 12345);
     settings.set(Settings::startInWindowedMode, true);
     commands.post(Command::startSlideshow);
@@ -206,4 +208,23 @@ TEST_F(ShellFixture, ClosingThePlayerByHandEndsTheShowAndAMissingScreenFallsBack
     settings.set(Settings::selectedDisplayID, id);
     commands.post(Command::startSlideshow);
     EXPECT_TRUE(log.contains(LogLevel::Info, QStringLiteral("Slideshow starting on selected display ID: %1.").arg(id)));
+}
+
+// The show shares the queue: a main window closed mid-show ends the show through its own stop
+// path, and nothing the show arms afterwards reads the window's state.
+TEST_F(ShellFixture, ClosingTheMainWindowDuringAShowEndsTheShow)
+{
+    LogCapture log;
+    ContentView& window = openWindow();
+    window.queue().replaceAll(makeQueue(5));
+    commands.post(Command::startSlideshow);
+    QPointer<PlayerWindow> player = window.presenter().currentWindow();
+    ASSERT_TRUE(player);
+    scheduler.advance(3.0);
+    windows.clear();
+    EXPECT_FALSE(slideshowManager.isSlideshowRunning());
+    EXPECT_EQ(log.messages(LogLevel::Info).count(QStringLiteral("stopSlideshow() method executed")), 1);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return player.isNull(); }, 5000));
+    scheduler.advance(30.0);
+    EXPECT_EQ(scheduler.pendingCount(), 0);
 }

@@ -6,6 +6,7 @@
 #include "core/RecordingAnalytics.h"
 #include "core/SettingsStore.h"
 #include "media/MetadataService.h"
+#include "media/Queue.h"
 #include "modes/DisplayManager.h"
 #include "playback/SlideshowManager.h"
 #include "shell/AppServices.h"
