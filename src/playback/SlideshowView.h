@@ -1,5 +1,9 @@
 #pragma once
 
+#include "Countdown.h"
+#include "PlayOrder.h"
+#include "SlidePresentation.h"
+#include "ViewHistory.h"
 #include "core/Scheduler.h"
 #include "media/IdentifiableImage.h"
 #include "media/MediaTypes.h"
@@ -10,7 +14,6 @@
 #include <QObject>
 #include <QPointF>
 #include <QSet>
-#include <QSize>
 #include <QUrl>
 #include <QUuid>
 
@@ -27,6 +30,7 @@ class SettingsStore;
 class SleepInhibitor;
 class SlideshowAudio;
 class SlideshowManager;
+struct Refill;
 
 // What a single-photo show is opened with; fixed for its life.
 struct SlideshowConfiguration {
@@ -54,10 +58,11 @@ struct PlayerServices {
 };
 
 // The single-photo player: which item is on screen, when the next comes, and how shuffle, loop,
-// manual mode, history and pause combine, until the show ends. A plain state machine on the
-// Scheduler; its window only shows this state and forwards keys. Stopping is final: a new show
-// is a new player. The queue is the main window's, read through a reference, so live mode can
-// change it during the show.
+// manual mode, history and pause combine, until the show ends. It wires its parts (the play
+// order, the view history, the countdown, the slide presentation and the preload policy) to the
+// Scheduler, the keys and the one stop path; its window only shows this state and forwards
+// keys. Stopping is final: a new show is a new player. The queue is the main window's, shared,
+// so live mode can change it during the show and the show can outlive the window.
 class SlideshowView final : public QObject {
     Q_OBJECT
     Q_PROPERTY(int currentIndex READ currentIndex NOTIFY currentIndexChanged)
@@ -70,7 +75,6 @@ class SlideshowView final : public QObject {
     // What the window draws for the current item, and how it changes.
     Q_PROPERTY(QString currentKind READ currentKind NOTIFY currentIndexChanged)
     Q_PROPERTY(QString currentSource READ currentSource NOTIFY currentIndexChanged)
-    Q_PROPERTY(QSize currentPictureSize READ currentPictureSize NOTIFY currentIndexChanged)
     Q_PROPERTY(bool fades READ fades CONSTANT)
     Q_PROPERTY(double crossfadeDuration READ crossfadeDuration CONSTANT)
     Q_PROPERTY(double kenBurnsScale READ kenBurnsScale NOTIFY currentIndexChanged)
@@ -97,33 +101,26 @@ public:
     // Ends the show, once.
     void stopSlideshow();
 
-    int currentIndex() const { return current; }
+    int currentIndex() const { return order.current(); }
     QUrl currentUrl() const;
-    double remainingTime() const { return remaining; }
+    double remainingTime() const { return countdown.remaining(); }
     bool isPaused() const { return paused; }
     bool showPauseInfo() const { return pauseInfo; }
     bool showResumeInfo() const { return resumeInfo; }
     QColor backgroundColor() const { return background; }
-    // "none" (nothing to show), "video", "gif", "kenBurns", "bestFit", "fit" or "fill", chosen in
-    // that order of precedence.
-    QString currentKind() const { return kind; }
-    QString currentSource() const { return source; }
-    QSize currentPictureSize() const { return pictureSizeValue; }
+    QString currentKind() const { return slide.kind; }
+    QString currentSource() const { return slide.source; }
     bool fades() const { return config.transitionType == TransitionType::fade; }
     double crossfadeDuration() const { return config.crossfadeDuration; }
-    // Where the Ken Burns motion of the current picture ends: a zoom of 1.1 to 1.25 and a drift
-    // of up to 30 points each way, drawn afresh at each change.
-    double kenBurnsScale() const { return kenBurnsZoom; }
-    QPointF kenBurnsOffset() const { return kenBurnsDrift; }
+    double kenBurnsScale() const { return slide.kenBurnsScale; }
+    QPointF kenBurnsOffset() const { return slide.kenBurnsOffset; }
     bool hasStoppedSlideshow() const { return hasStopped; }
-    const QList<int>& shuffledIndices() const { return shuffled; }
-    int shuffledIndex() const { return shuffledPosition; }
-    const QList<int>& viewHistory() const { return history; }
-    int historyIndex() const { return historyPosition; }
-    const QSet<int>& allViewedImages() const { return viewed; }
+    const QList<int>& shuffledIndices() const { return order.shuffledIndices(); }
+    int shuffledIndex() const { return order.shuffledIndex(); }
+    const QList<int>& viewHistory() const { return history.entries(); }
+    int historyIndex() const { return history.position(); }
+    const QSet<int>& allViewedImages() const { return history.viewed(); }
     TaskId pendingAdvance() const { return slideshowWorkItem; }
-
-    static constexpr int historyLimit = 100;
 
 Q_SIGNALS:
     void currentIndexChanged();
@@ -133,41 +130,34 @@ Q_SIGNALS:
 
 private:
     bool mayArm() const;
+    // Read at each arming, not fixed at the start: a clip on screen that plays to its end drives
+    // the show itself.
+    bool clipsPlayToTheirEnd() const;
     void scheduleNextSequential();
     void scheduleNextShuffled();
+    void scheduleNext();
     void arm(void (SlideshowView::*step)(), double delay);
-    void runStep(void (SlideshowView::*step)());
     void arrowStep(void (SlideshowView::*step)());
-    void advanceSequential();
-    void advanceShuffled();
+    void advance();
     void advanceAfterResume();
     void goForward();
     void goBack();
-    void moveToNext();
+    // What every step does with the order's answer: true while the show goes on.
+    bool follow(OrderStep step);
     void addToHistory();
 
-    void setCurrentIndex(int index);
-    void choosePresentation();
-    void setRemainingTime(double seconds);
-    void startCountdown();
-    void restartCountdown();
+    // After the order moved: a full countdown and the new item's slide.
+    void showIfMoved(int before);
+    void showCurrent();
+    const IdentifiableImage* itemAt(int index) const;
     void showIndicator(bool& flag);
     // A one-shot task that dies with this player.
     void later(double seconds, std::function<void()> fn);
     void onRunningChanged(bool running);
     void stopAudioIfPlaying();
     void cleanup();
-    // The order of play: every index of the queue, shuffled.
-    QList<int> freshShuffle();
-    // A subscript that would fall outside the queue or the order ends the show instead.
-    bool guard(bool inRange, const char* what);
-
-    void clearCachesForRefill();
-    void preloadIndices(const QList<int>& indices);
-    void preloadFrom(int firstIndex);
-    void preloadPositions(int firstPosition, int length);
-
-    const QList<IdentifiableImage>& images() const;
+    void refill(const Refill& refill);
+    int count() const;
 
     std::shared_ptr<Queue> queue;
     const SlideshowConfiguration config;
@@ -176,21 +166,11 @@ private:
     std::function<void()> closePlayer;
 
     QColor background = Qt::black;
-    QString kind = QStringLiteral("none");
-    QString source;
-    QSize pictureSizeValue;
-    double kenBurnsZoom = 1.0;
-    QPointF kenBurnsDrift;
-    int current = 0;
-    QList<int> shuffled;
-    int shuffledPosition = 0;
-    bool hasCompletedLoop = false;
-    QList<int> history;
-    int historyPosition = -1;
-    QSet<int> viewed;
+    PlayOrder order;
+    ViewHistory history;
+    Countdown countdown;
+    SlidePresentation slide;
     TaskId slideshowWorkItem = 0;
-    double remaining = 0;
-    TaskId timer = 0;
     QList<TaskId> helperTasks; // the shuffled first arm and the indicator fades
     bool paused = false;
     bool pauseInfo = false;

@@ -52,7 +52,7 @@ TEST(SlideshowViewProperties, InvariantsHoldUnderRandomKeysAndTime)
             }
             ASSERT_GE(p.currentIndex(), 0);
             ASSERT_LT(p.currentIndex(), itemCount);
-            ASSERT_LE(p.viewHistory().size(), SlideshowView::historyLimit);
+            ASSERT_LE(p.viewHistory().size(), ViewHistory::limit);
             ASSERT_GE(p.historyIndex(), 0);
             ASSERT_LT(p.historyIndex(), p.viewHistory().size());
             if (c.randomOrder) {

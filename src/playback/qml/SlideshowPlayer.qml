@@ -26,7 +26,6 @@ Rectangle {
         currentSlide = slideComponent.createObject(slides, {
             kind: player.currentKind,
             source: player.currentSource,
-            pictureSize: player.currentPictureSize,
             zoom: player.kenBurnsScale,
             drift: player.kenBurnsOffset,
             previous: previous
@@ -51,7 +50,6 @@ Rectangle {
 
             property string kind
             property string source
-            property size pictureSize
             property real zoom: 1
             property point drift
             property Item previous
@@ -152,16 +150,18 @@ Rectangle {
             }
             Component {
                 id: bestFitView
-                // The picture's own size, shrunk to fit, never enlarged, centred.
+                // The picture's own size, shrunk to fit, never enlarged, centred. The decoded
+                // picture has its file's size unless that is beyond every screen, and then it
+                // is shrunk to fit anyway.
                 Item {
                     readonly property alias status: picture.status
-                    readonly property real factor: slide.pictureSize.width > 0 && slide.pictureSize.height > 0
-                        ? Math.min(width / slide.pictureSize.width, height / slide.pictureSize.height, 1) : 1
+                    readonly property real factor: picture.implicitWidth > 0 && picture.implicitHeight > 0
+                        ? Math.min(width / picture.implicitWidth, height / picture.implicitHeight, 1) : 1
                     Image {
                         id: picture
                         anchors.centerIn: parent
-                        width: slide.pictureSize.width > 0 ? slide.pictureSize.width * parent.factor : parent.width
-                        height: slide.pictureSize.height > 0 ? slide.pictureSize.height * parent.factor : parent.height
+                        width: implicitWidth > 0 ? implicitWidth * parent.factor : parent.width
+                        height: implicitHeight > 0 ? implicitHeight * parent.factor : parent.height
                         source: slide.source
                         fillMode: Image.PreserveAspectFit
                         asynchronous: true
