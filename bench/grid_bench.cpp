@@ -6,7 +6,8 @@
 #include "StallProbe.h"
 #include "core/Logger.h"
 #include "core/SettingsStore.h"
-#include "media/PictureCaches.h"
+#include "media/PictureClient.h"
+#include "media/PictureService.h"
 #include "media/Queue.h"
 #include "shell/QueueModel.h"
 #include "shell/QueueView.h"
@@ -54,7 +55,8 @@ int main(int argc, char* argv[])
         items.append(tb::makeItem(QUrl::fromLocalFile(file.absoluteFilePath())));
     tb::Queue queue;
     queue.append(items);
-    tb::PictureCaches caches(QSize(1920, 1080));
+    tb::PictureService service(QSize(1920, 1080));
+    tb::PictureClient caches(service);
     tb::QueueModel model(queue, caches);
     tb::QueueView view(model, settings);
     view.resize(900, 700);

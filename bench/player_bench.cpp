@@ -1,6 +1,8 @@
 // Runs the real player window on pictures and measures it.
 //   player_bench crossfade <first> <second>   frame times during a 2 s cross-fade
 //   player_bench memory <picture>...           resident memory over a sequential show
+//   player_bench arrows <picture>...           resident memory while the right arrow is held
+//                                              (400 presses at 25 a second), then after Escape
 //   player_bench advance <first> <second>      time from an advance to the new picture on screen
 // Run under a display (bench/run_player.sh starts Xvfb at 1920x1080).
 #include "audio/SlideshowAudio.h"
@@ -10,14 +12,17 @@
 #include "core/SettingsStore.h"
 #include "core/SleepInhibitor.h"
 #include "media/IdentifiableImage.h"
-#include "media/PictureCaches.h"
+#include "media/PictureClient.h"
+#include "media/PictureService.h"
 #include "media/Queue.h"
+#include "platform/LinuxProcessMemory.h"
 #include "playback/PlayerWindow.h"
 #include "playback/SlideshowManager.h"
 #include "playback/SlideshowView.h"
 
 #include <QElapsedTimer>
 #include <QGuiApplication>
+#include <QPointer>
 #include <QQuickItem>
 #include <QScreen>
 #include <QTemporaryDir>
@@ -72,7 +77,10 @@ int main(int argc, char* argv[])
     tb::SlideshowManager manager;
     tb::EmptyPlaylist audio;
     QScreen* screen = QGuiApplication::primaryScreen();
-    tb::PictureCaches caches(screen->size() * screen->devicePixelRatio() * 1.25);
+    tb::LinuxProcessMemory memory;
+    tb::PictureService service(screen->size() * screen->devicePixelRatio() * 1.25, nullptr, &memory);
+    auto pictures = std::make_unique<tb::PictureClient>(service);
+    tb::PictureClient& caches = *pictures;
     NoHold hold;
 
     auto queue = std::make_shared<tb::Queue>();
@@ -85,11 +93,20 @@ int main(int argc, char* argv[])
     config.crossfadeDuration = 2.0;
     config.imageScalingMode = tb::ImageScalingMode::fit;
     config.isManualMode = mode != QLatin1String("memory");
+    config.loopSlideshow = mode == QLatin1String("arrows");
+    const auto resident = [&memory] { return memory.residentMiB().value_or(0); };
+    const double start = resident();
     config.slideshowDelay = 0.05;
     manager.setSlideshowRunning(true);
     queue->append(images);
     auto* player = new tb::SlideshowView(queue, config, {scheduler, random, manager, audio, caches, hold, settings});
-    tb::PlayerWindow window(player, caches, screen, false, false);
+    // As the program makes it: the window deletes itself once the show has ended.
+    QPointer<tb::PlayerWindow> shown = new tb::PlayerWindow(player, std::move(pictures), screen, false, false);
+    tb::PlayerWindow& window = *shown;
+    player->setClosePlayer([shown] {
+        if (shown)
+            shown->closeLater();
+    });
     window.present();
     player->onAppear();
     if (mode != QLatin1String("memory") && !waitFor([&] { return settled(window); }, 30000)) {
@@ -100,7 +117,7 @@ int main(int argc, char* argv[])
     if (mode == QLatin1String("crossfade")) {
         // Give the second picture time to be ready, as a running show's preloading does.
         caches.preload({images[1]});
-        waitFor([&] { return caches.images.isCached(images[1].url()); }, 30000);
+        waitFor([&] { return service.pictures.isCached(images[1].url()); }, 30000);
         QList<qint64> swaps;
         QElapsedTimer clock;
         clock.start();
@@ -123,7 +140,7 @@ int main(int argc, char* argv[])
                 player->goBackByArrow();
                 waitFor([&] { return settled(window); }, 30000);
                 caches.preload({images[1]});
-                waitFor([&] { return caches.images.isCached(images[1].url()); }, 30000);
+                waitFor([&] { return service.pictures.isCached(images[1].url()); }, 30000);
             } else {
                 caches.clearPictures();
             }
@@ -134,16 +151,27 @@ int main(int argc, char* argv[])
             std::printf("advance %s ms=%.1f\n", state, double(clock.nsecsElapsed()) / 1e6);
         }
     } else {
-        const auto start = tb::residentMemoryMiB().value_or(0);
         double peak = start;
         QTimer sampler;
-        QObject::connect(&sampler, &QTimer::timeout,
-                         [&] { peak = std::max(peak, tb::residentMemoryMiB().value_or(0)); });
+        QObject::connect(&sampler, &QTimer::timeout, [&] { peak = std::max(peak, resident()); });
         sampler.start(50);
+        if (mode == QLatin1String("arrows")) {
+            // A held key repeats about 25 times a second.
+            int presses = 0;
+            QTimer key;
+            QObject::connect(&key, &QTimer::timeout, [&] {
+                if (++presses <= 400)
+                    player->handleKey(Qt::Key_Right);
+                else if (presses == 401)
+                    player->handleKey(Qt::Key_Escape);
+            });
+            key.start(40);
+        }
         waitFor([&] { return !manager.isSlideshowRunning(); }, 30 * 60 * 1000);
-        waitFor([] { return false; }, 500);
-        std::printf("memory pictures=%lld start_mib=%.0f peak_mib=%.0f end_mib=%.0f\n", qlonglong(images.size()), start,
-                    peak, tb::residentMemoryMiB().value_or(0));
+        waitFor([&] { return shown.isNull(); }, 30000);
+        waitFor([] { return false; }, 2000);
+        std::printf("%s pictures=%lld start_mib=%.0f peak_mib=%.0f end_mib=%.0f\n", qPrintable(mode),
+                    qlonglong(images.size()), start, peak, resident());
     }
     return 0;
 }

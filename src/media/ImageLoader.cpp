@@ -1,15 +1,12 @@
 #include "ImageLoader.h"
 
+#include "core/FileSystems.h"
 #include "core/Logger.h"
 
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QImageReader>
-#include <QRegularExpression>
-
-#include <sys/statfs.h>
-#include <unistd.h>
 
 namespace tb {
 
@@ -31,8 +28,8 @@ QSize uprightSize(const QImageReader& reader)
 
 } // namespace
 
-ImageLoader::ImageLoader(QSize maximumSize, NetworkTest isNetworkPathTest)
-    : maximumSize(maximumSize), isNetworkPath(isNetworkPathTest ? std::move(isNetworkPathTest) : tb::isNetworkPath)
+ImageLoader::ImageLoader(QSize maximumSize, const FileSystems* fileSystems)
+    : maximumSize(maximumSize), fileSystems(fileSystems)
 {
 }
 
@@ -67,7 +64,7 @@ std::optional<Picture> ImageLoader::loadImage(const QUrl& url)
     if (image.isNull()) {
         logError(QStringLiteral("Failed to load image (took %1s): %2")
                      .arg(QString::asprintf("%.2f", double(clock.elapsed()) / 1000.0), info.fileName()));
-        if (isNetworkPath(path))
+        if (fileSystems && fileSystems->isNetworkPath(path))
             logWarning(QStringLiteral("Image is on network volume - may require folder access permission"));
         return std::nullopt;
     }
@@ -96,49 +93,6 @@ QImage readScaled(QImageReader& reader, const QSize& size)
     if (image.depth() < 32)
         image = image.convertToFormat(image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32);
     return image.scaled(upright, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-}
-
-QSize pictureSize(const QString& path)
-{
-    QImageReader reader(path);
-    reader.setAutoTransform(true);
-    return uprightSize(reader);
-}
-
-bool isNetworkPath(const QString& path)
-{
-    static const QRegularExpression gvfs(QStringLiteral("^/run/user/\\d+/gvfs/"));
-    if (gvfs.match(path).hasMatch())
-        return true;
-    struct statfs fs {};
-    if (statfs(QFile::encodeName(path).constData(), &fs) != 0)
-        return false;
-    switch (static_cast<unsigned long>(fs.f_type)) {
-    case 0x6969UL:     // NFS
-    case 0x517BUL:     // SMB
-    case 0xFF534D42UL: // CIFS
-    case 0xFE534D42UL: // SMB2
-    case 0x65735546UL: // FUSE
-    case 0x01021997UL: // 9P
-    case 0x5346414FUL: // AFS
-    case 0x00C36400UL: // Ceph
-        return true;
-    default:
-        return false;
-    }
-}
-
-std::optional<double> residentMemoryMiB()
-{
-    QFile statm(QStringLiteral("/proc/self/statm"));
-    if (!statm.open(QIODevice::ReadOnly))
-        return std::nullopt;
-    const QList<QByteArray> fields = statm.readAll().split(' ');
-    bool ok = false;
-    const qint64 pages = fields.size() > 1 ? fields[1].toLongLong(&ok) : 0;
-    if (!ok)
-        return std::nullopt;
-    return double(pages) * double(sysconf(_SC_PAGESIZE)) / (1024.0 * 1024.0);
 }
 
 } // namespace tb

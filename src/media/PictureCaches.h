@@ -1,35 +1,35 @@
 #pragma once
 
-#include "ImageLoader.h"
-#include "PlaybackCaches.h"
-#include "ThumbnailGenerator.h"
-#include "VideoThumbnailGenerator.h"
+#include "IdentifiableImage.h"
 
-#include <QThreadPool>
+#include <QImage>
+#include <QList>
+#include <QSize>
+
+#include <optional>
 
 namespace tb {
 
-// The program's three picture services, shared by the queue and every show.
-class PictureCaches final : public PlaybackCaches {
+// What one owner of pictures (a show, a main window's grid) asks of the picture service. The
+// caches are shared by the whole program, but each owner empties only what it brought in, so a
+// show ending in one window leaves another window's pictures and thumbnails alone.
+class PictureCaches {
 public:
-    explicit PictureCaches(QSize screenLimit = {});
-    // Waits for preloads under way, which use the caches.
-    ~PictureCaches() override;
-
-    ImageLoader images;
-    ThumbnailGenerator thumbnails;
-    VideoThumbnailGenerator videoThumbnails;
-
-    void clearPictures() override { images.clearCache(); }
-    void clearThumbnails() override { thumbnails.clearCache(); }
-    void clearVideoThumbnails() override { videoThumbnails.clearCache(); }
-    // Decodes the coming items on the thread pool, so the show finds them ready.
-    void preload(const QList<IdentifiableImage>& items) override;
-    std::optional<QImage> picture(const QUrl& url, bool isVideo) override;
-    std::optional<QImage> thumbnail(const QUrl& url, bool isVideo) override;
-
-private:
-    QThreadPool preloads;
+    virtual ~PictureCaches() = default;
+    virtual void clearPictures() = 0;
+    virtual void clearThumbnails() = 0;
+    virtual void clearVideoThumbnails() = 0;
+    // Decodes these items into the picture cache ahead of the show, in the background: a few
+    // at most, the newest first.
+    virtual void preload(const QList<IdentifiableImage>& items) = 0;
+    // Drops the decodes ahead that have not started.
+    virtual void cancelPreloads() = 0;
+    // The picture to show for a file: the full picture (no larger than the screens need), or
+    // a clip's poster frame. Blocking and safe from any thread.
+    virtual std::optional<QImage> picture(const QUrl& url, bool isVideo) = 0;
+    // A file's small picture, at twice the display size (a clip's poster frame). Blocking and
+    // safe from any thread.
+    virtual std::optional<QImage> thumbnail(const QUrl& url, bool isVideo, QSize displaySize) = 0;
 };
 
 } // namespace tb

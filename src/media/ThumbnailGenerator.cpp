@@ -2,15 +2,21 @@
 
 #include "ImageLoader.h"
 #include "core/Logger.h"
+#include "core/ProcessMemory.h"
 
 #include <QFileInfo>
 #include <QImageReader>
 
 namespace tb {
 
+QString ThumbnailGenerator::key(const QUrl& url, QSize size)
+{
+    return QStringLiteral("%1x%2 ").arg(size.width()).arg(size.height()) + url.toString();
+}
+
 std::optional<QImage> ThumbnailGenerator::generateThumbnail(const QUrl& url, QSize size)
 {
-    if (auto hit = cache.object(url))
+    if (auto hit = cache.object(key(url, size)))
         return hit;
 
     const QString path = url.toLocalFile();
@@ -30,9 +36,9 @@ std::optional<QImage> ThumbnailGenerator::generateThumbnail(const QUrl& url, QSi
     if (thumbnail.isNull())
         return std::nullopt;
 
-    cache.insert(url, thumbnail, qint64(thumbnail.width()) * thumbnail.height() * 4);
-    if (++generated % 10 == 0) {
-        if (const auto resident = residentMemoryMiB())
+    cache.insert(key(url, size), thumbnail, qint64(thumbnail.width()) * thumbnail.height() * 4);
+    if (++generated % 10 == 0 && memory) {
+        if (const auto resident = memory->residentMiB())
             logInfo(QStringLiteral("Memory usage: %1MB").arg(QString::asprintf("%.1f", *resident)));
     }
     return thumbnail;

@@ -11,19 +11,29 @@
 
 namespace tb {
 
+class ProcessMemory;
+
 // Small pictures for the queue, decoded at reduced size (JPEG scales inside the decoder, so the
 // full picture is never decoded) at twice the display size for high-density screens. Cached by
-// file (200 entries, 100 MiB of pixels); the size asked first is the size kept. Thread-safe.
+// file and size (200 entries, 100 MiB of pixels). Thread-safe. With the process's memory to
+// read, every tenth thumbnail logs it.
 class ThumbnailGenerator {
 public:
+    explicit ThumbnailGenerator(ProcessMemory* memory = nullptr) : memory(memory) {}
+
     std::optional<QImage> generateThumbnail(const QUrl& url, QSize size);
     void clearCache() { cache.removeAll(); }
+    void forget(const QUrl& url, QSize size) { cache.remove(key(url, size)); }
+    bool isCached(const QUrl& url, QSize size) const { return cache.contains(key(url, size)); }
 
     static constexpr int countLimit = 200;
     static constexpr qint64 totalCostLimit = 104857600;
 
 private:
-    BoundedCache<QUrl, QImage> cache{countLimit, totalCostLimit};
+    static QString key(const QUrl& url, QSize size);
+
+    ProcessMemory* memory;
+    BoundedCache<QString, QImage> cache{countLimit, totalCostLimit};
     // Paces the memory line only; emptying the cache does not reset it.
     std::atomic<int> generated{0};
 };

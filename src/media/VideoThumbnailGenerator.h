@@ -16,6 +16,7 @@ class VideoThumbnailGenerator {
 public:
     std::optional<QImage> thumbnail(const QUrl& url);
     void clearCache();
+    void forget(const QUrl& url) { cache.remove(url); }
 
     static constexpr int countLimit = 200;
     static constexpr int maximumSide = 400;

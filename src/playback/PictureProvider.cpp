@@ -1,11 +1,8 @@
 #include "PictureProvider.h"
 
-#include "media/PlaybackCaches.h"
+#include "media/PictureCaches.h"
 
-#include <QCoreApplication>
 #include <QImage>
-#include <QPointer>
-#include <QThread>
 #include <QUrl>
 
 namespace tb {
@@ -20,11 +17,23 @@ public:
     }
     QString errorString() const override { return image.isNull() ? QStringLiteral("No picture") : QString(); }
 
+    // The engine no longer wants the picture: a decode that has not started never will. The
+    // engine still waits for finished(), which the withdrawn job sends.
+    void cancel() override
+    {
+        if (auto queue = decodes.lock())
+            queue->withdraw(job);
+    }
+
+    // From the decoding thread, or from whoever withdrew the job; exactly once either way.
     void deliver(const QImage& result)
     {
         image = result;
         Q_EMIT finished();
     }
+
+    std::weak_ptr<DecodeQueue> decodes;
+    DecodeQueue::JobId job = 0;
 
 private:
     QImage image;
@@ -32,19 +41,14 @@ private:
 
 } // namespace
 
-PictureProvider::PictureProvider(PlaybackCaches& caches) : caches(caches)
+PictureProvider::PictureProvider(PictureCaches& caches)
+    : caches(caches), decodes(std::make_shared<DecodeQueue>(threads, backlog))
 {
-    // One decode per core at most; the show only ever needs the next picture or two.
-    pool.setMaxThreadCount(std::max(1, QThread::idealThreadCount()));
 }
 
 PictureProvider::~PictureProvider() { shutDown(); }
 
-void PictureProvider::shutDown()
-{
-    pool.clear();
-    pool.waitForDone();
-}
+void PictureProvider::shutDown() { decodes->close(); }
 
 QString PictureProvider::sourceFor(const QUrl& url, bool isVideo)
 {
@@ -57,10 +61,12 @@ QQuickImageResponse* PictureProvider::requestImageResponse(const QString& id, co
     auto* response = new PictureResponse;
     const bool isVideo = id.startsWith(QLatin1String("v/"));
     const QUrl url = QUrl::fromEncoded(QByteArray::fromPercentEncoding(id.mid(2).toLatin1()));
-    PlaybackCaches& source = caches;
-    // QML keeps the response until it has emitted finished(), which may come from this thread.
-    QThreadPool::globalInstance()->start(
-        [response, url, isVideo, &source] { response->deliver(source.picture(url, isVideo).value_or(QImage())); });
+    PictureCaches& source = caches;
+    // QML keeps the response until it has emitted finished(), which may come from any thread.
+    response->decodes = decodes;
+    response->job = decodes->submit(
+        [response, url, isVideo, &source] { response->deliver(source.picture(url, isVideo).value_or(QImage())); },
+        [response] { response->deliver(QImage()); });
     return response;
 }
 

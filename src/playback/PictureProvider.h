@@ -1,30 +1,41 @@
 #pragma once
 
+#include "media/DecodeQueue.h"
+
 #include <QQuickAsyncImageProvider>
-#include <QThreadPool>
+
+#include <memory>
 
 namespace tb {
 
-class PlaybackCaches;
+class PictureCaches;
 
-// Serves the player's pictures to QML from the picture caches, decoding on the thread pool so
-// no frame waits on a decoder. Ids are "p/<url>" for pictures and "v/<url>" for clips' posters.
+// Serves a show's pictures to QML from its share of the picture service, decoding on threads of
+// its own so no frame waits on a decoder. A slide dropped before its picture is decoded
+// withdraws the decode; at most a couple wait, the newest first. Ids are "p/<url>" for pictures
+// and "v/<url>" for clips' posters.
 class PictureProvider final : public QQuickAsyncImageProvider {
 public:
-    explicit PictureProvider(PlaybackCaches& caches);
+    explicit PictureProvider(PictureCaches& caches);
     ~PictureProvider() override;
 
-    // Drops waiting decodes and waits for those under way: they read the caches. The engine
-    // may delete the provider late, on its own thread, so its window calls this when it goes.
+    // Drops waiting decodes, waits for those under way, and answers every later request with
+    // no picture: decodes read the caches, which go with the window. The engine may delete the
+    // provider late, on its own thread, so its window calls this when it goes.
     void shutDown();
 
     QQuickImageResponse* requestImageResponse(const QString& id, const QSize& requestedSize) override;
 
     static QString sourceFor(const QUrl& url, bool isVideo);
 
+    // Two decodes at once, and two waiting: a show needs the picture it is turning to, and
+    // perhaps the one after; anything older is no longer on its way to the screen.
+    static constexpr int threads = 2;
+    static constexpr int backlog = 2;
+
 private:
-    PlaybackCaches& caches;
-    QThreadPool pool;
+    PictureCaches& caches;
+    std::shared_ptr<DecodeQueue> decodes;
 };
 
 } // namespace tb

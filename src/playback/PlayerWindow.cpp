@@ -3,6 +3,7 @@
 #include "PictureProvider.h"
 #include "SlideshowView.h"
 #include "core/Logger.h"
+#include "media/PictureCaches.h"
 
 #include <QKeyEvent>
 #include <QOffscreenSurface>
@@ -13,16 +14,16 @@
 
 namespace tb {
 
-PlayerWindow::PlayerWindow(SlideshowView* player, PlaybackCaches& caches, QScreen* screen, bool windowed,
-                           bool floatOnTop)
-    : player(player), provider(nullptr), targetScreen(screen), windowed(windowed)
+PlayerWindow::PlayerWindow(SlideshowView* player, std::unique_ptr<PictureCaches> pictures, QScreen* screen,
+                           bool windowed, bool floatOnTop)
+    : pictures(std::move(pictures)), player(player), provider(nullptr), targetScreen(screen), windowed(windowed)
 {
     player->setParent(this);
     setColor(Qt::black);
     setTitle(QStringLiteral("Tallowbrook Slideshow"));
     setFlag(Qt::WindowStaysOnTopHint, floatOnTop);
     setResizeMode(QQuickView::SizeRootObjectToView);
-    provider = new PictureProvider(caches);
+    provider = new PictureProvider(*this->pictures);
     engine()->addImageProvider(QStringLiteral("picture"), provider);
     setInitialProperties({{QStringLiteral("player"), QVariant::fromValue<QObject*>(player)}});
     setSource(QUrl(QStringLiteral("qrc:/tallowbrook/playback/qml/SlideshowPlayer.qml")));
@@ -32,8 +33,14 @@ PlayerWindow::PlayerWindow(SlideshowView* player, PlaybackCaches& caches, QScree
         setScreen(screen);
 }
 
-// No decode may outlive the window: the caches it reads can go right after it.
-PlayerWindow::~PlayerWindow() { provider->shutDown(); }
+// No decode may outlive the window; the scene goes before the player it shows, and the player
+// before the pictures it uses.
+PlayerWindow::~PlayerWindow()
+{
+    provider->shutDown();
+    setSource(QUrl());
+    delete player;
+}
 
 void PlayerWindow::chooseRenderer()
 {

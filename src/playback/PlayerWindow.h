@@ -3,18 +3,22 @@
 #include <QPointer>
 #include <QQuickView>
 
+#include <memory>
+
 namespace tb {
 
 class PictureProvider;
-class PlaybackCaches;
+class PictureCaches;
 class SlideshowView;
 
 // The window of one show: black, on the chosen screen, full screen or 75 % centred. It owns
-// its player, forwards keys to it, and ends the show when it is closed by hand.
+// its player and the show's share of the picture service, forwards keys to the player, and
+// ends the show when it is closed by hand.
 class PlayerWindow final : public QQuickView {
     Q_OBJECT
 public:
-    PlayerWindow(SlideshowView* player, PlaybackCaches& caches, QScreen* screen, bool windowed, bool floatOnTop);
+    PlayerWindow(SlideshowView* player, std::unique_ptr<PictureCaches> pictures, QScreen* screen, bool windowed,
+                 bool floatOnTop);
     ~PlayerWindow() override;
 
     // Draws shows with Qt Quick's own software renderer when OpenGL is itself emulated on the
@@ -35,6 +39,7 @@ protected:
     bool event(QEvent* event) override;
 
 private:
+    std::unique_ptr<PictureCaches> pictures;
     QPointer<SlideshowView> player;
     PictureProvider* provider; // owned by the engine
     QScreen* targetScreen;

@@ -5,7 +5,7 @@
 #include "audio/SlideshowAudio.h"
 #include "core/Logger.h"
 #include "core/SettingsStore.h"
-#include "media/PlaybackCaches.h"
+#include "media/PictureCaches.h"
 #include "media/Queue.h"
 
 namespace tb {
@@ -366,6 +366,7 @@ void SlideshowView::stopSlideshow()
 void SlideshowView::cleanup()
 {
     logInfo(QStringLiteral("[Slideshow] Performing cleanup (caches, sleep prevention)."));
+    services.caches.cancelPreloads();
     services.caches.clearPictures();
     services.caches.clearThumbnails();
     services.caches.clearVideoThumbnails();

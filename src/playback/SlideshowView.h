@@ -23,7 +23,7 @@
 
 namespace tb {
 
-class PlaybackCaches;
+class PictureCaches;
 class Queue;
 class RandomSource;
 class SettingsStore;
@@ -52,7 +52,7 @@ struct PlayerServices {
     RandomSource& random;
     SlideshowManager& manager;
     SlideshowAudio& audio;
-    PlaybackCaches& caches;
+    PictureCaches& caches;
     SleepInhibitor& sleepInhibitor;
     SettingsStore& settings;
 };

@@ -7,7 +7,7 @@ class CommandBus;
 class DisplayManager;
 class FileRevealer;
 class MetadataService;
-class PlaybackCaches;
+class PictureService;
 class RandomSource;
 class Scheduler;
 class SettingsStore;
@@ -31,7 +31,7 @@ struct AppServices {
     UpdaterControllerWrapper& updater;
     SlideshowManager& slideshowManager;
     SlideshowAudio& audio;
-    PlaybackCaches& caches;
+    PictureService& pictures;
     SleepInhibitor& sleepInhibitor;
     DisplayManager& displays;
 };

@@ -15,7 +15,7 @@
 #include "core/UserDialogs.h"
 #include "documents/SlideshowDocument.h"
 #include "media/FileIntake.h"
-#include "media/PlaybackCaches.h"
+#include "media/PictureClient.h"
 #include "media/Queue.h"
 #include "media/QueueEditing.h"
 #include "playback/SessionControl.h"
@@ -53,9 +53,14 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
 
     items = std::make_shared<Queue>();
     fileIntake = std::make_unique<FileIntake>(*items, services.settings, services.dialogs);
-    model = std::make_unique<QueueModel>(*items, services.caches);
+    gridPictures = std::make_unique<PictureClient>(services.pictures);
+    model = std::make_unique<QueueModel>(*items, *gridPictures);
     tableModel = std::make_unique<QueueTableModel>(*items);
-    playerPresenter = std::make_unique<ScreenPlayerPresenter>(services, this);
+    playerPresenter = std::make_unique<ScreenPlayerPresenter>(
+        ScreenPlayerPresenter::Services{services.scheduler, services.random, services.slideshowManager, services.audio,
+                                        services.pictures, services.sleepInhibitor, services.settings,
+                                        services.displays},
+        this);
     sessionControl = std::make_unique<SessionControl>(
         items, SessionControl::Services{services.settings, services.slideshowManager, services.audio,
                                         services.analytics, services.random, services.dialogs, *playerPresenter});
@@ -284,9 +289,9 @@ void ContentView::removeAll()
     items->clear();
     fileIntake->setTotalPhotosAdded(0);
     sortPicker->setCurrentIndex(0);
-    // The poster frames stay: clips are costly to open again.
-    services.caches.clearPictures();
-    services.caches.clearThumbnails();
+    // The poster frames stay: clips are costly to open again. Pictures belong to shows, which
+    // empty their own when they end.
+    gridPictures->clearThumbnails();
     services.slideshowManager.setLiveModeActive(false);
     fileIntake->clearSelectedFolderURL();
     fileIntake->resetThumbnailAlert();

@@ -18,6 +18,7 @@ struct AppServices;
 struct SlideshowDocument;
 class ControlsColumn;
 class FileIntake;
+class PictureClient;
 class Queue;
 class QueueModel;
 class QueueTableModel;
@@ -76,6 +77,8 @@ private:
     // Shared with a running show, which may outlive this window by a moment.
     std::shared_ptr<Queue> items;
     std::unique_ptr<FileIntake> fileIntake;
+    // The grid's share of the picture service.
+    std::unique_ptr<PictureClient> gridPictures;
     std::unique_ptr<QueueModel> model;
     std::unique_ptr<QueueTableModel> tableModel;
     std::unique_ptr<ScreenPlayerPresenter> playerPresenter;

@@ -1,28 +1,23 @@
 #include "QueueModel.h"
 
-#include "media/PlaybackCaches.h"
+#include "media/PictureCaches.h"
 
 #include <QGuiApplication>
 #include <QPointer>
 
 #include <cmath>
-#include <limits>
 
 namespace tb {
 
-QueueModel::QueueModel(Queue& queue, PlaybackCaches& caches, QObject* parent) : QueueRows(queue, parent), caches(caches)
+QueueModel::QueueModel(Queue& queue, PictureCaches& caches, QObject* parent)
+    : QueueRows(queue, parent), caches(caches), decodes(std::max(1, QThread::idealThreadCount()), staleAfter)
 {
-    pool.setMaxThreadCount(std::max(1, QThread::idealThreadCount()));
     connect(&queue, &Queue::selectionChanged, this, [this] { allRowsChanged(IsSelectedRole); });
     connect(&queue, &Queue::startingPointChanged, this, [this] { allRowsChanged(IsStartRole); });
     connect(&queue, &Queue::refreshIDChanged, this, &QueueModel::reloadThumbnails);
 }
 
-QueueModel::~QueueModel()
-{
-    pool.clear();
-    pool.waitForDone();
-}
+QueueModel::~QueueModel() { decodes.drain(); }
 
 int QueueModel::rowCount(const QModelIndex& parent) const { return parent.isValid() ? 0 : int(items.size()); }
 
@@ -62,8 +57,8 @@ QVariant QueueModel::data(const QModelIndex& index, int role) const
 }
 
 // Newest requests go first, so the cells on screen now are served before those a fast scroll
-// passed; requests that many newer ones overtook are dropped when their turn comes, and asked
-// again if their cell is drawn again.
+// passed; requests that many newer ones overtook are dropped, and asked again if their cell is
+// drawn again.
 void QueueModel::requestThumbnail(const IdentifiableImage& item, int row) const
 {
     rowHint.insert(item.id(), row);
@@ -71,30 +66,31 @@ void QueueModel::requestThumbnail(const IdentifiableImage& item, int row) const
         return;
     pending.insert(item.id());
     ++requests;
-    const qint64 serial = latestRequest->fetch_add(1) + 1;
     QPointer<QueueModel> self(const_cast<QueueModel*>(this));
     const QUuid id = item.id();
     const QUrl url = item.url();
     const bool isVideo = item.isVideo();
-    PlaybackCaches& source = caches;
-    auto latest = latestRequest;
+    PictureCaches& source = caches;
     const int side = int(std::ceil(cellSide * qGuiApp->devicePixelRatio()));
-    pool.start(
-        [self, id, url, isVideo, &source, serial, latest, side] {
-            const bool overtaken = latest->load() - serial > staleAfter;
-            std::optional<QImage> image = overtaken ? std::nullopt : source.thumbnail(url, isVideo);
+    // Results go through the application object: this model may be gone when they arrive.
+    auto post = [self, id](bool overtaken, QImage image) {
+        QMetaObject::invokeMethod(
+            qApp,
+            [self, id, overtaken, image = std::move(image)] {
+                if (self)
+                    self->thumbnailReady(id, overtaken, image);
+            },
+            Qt::QueuedConnection);
+    };
+    decodes.submit(
+        [post, url, isVideo, &source, side] {
+            std::optional<QImage> image = source.thumbnail(url, isVideo, QSize(cellSide, cellSide));
             // Kept at the cell's size: a quarter of the memory, and nothing to scale when drawn.
             if (image && (image->width() > side || image->height() > side))
                 image = image->scaled(side, side, Qt::KeepAspectRatio, Qt::SmoothTransformation);
-            QMetaObject::invokeMethod(
-                qApp,
-                [self, id, overtaken, image = std::move(image)] {
-                    if (self)
-                        self->thumbnailReady(id, overtaken, image.value_or(QImage()));
-                },
-                Qt::QueuedConnection);
+            post(false, image.value_or(QImage()));
         },
-        int(serial % std::numeric_limits<int>::max()));
+        [post] { post(true, QImage()); });
 }
 
 void QueueModel::thumbnailReady(const QUuid& id, bool overtaken, const QImage& image)

@@ -1,7 +1,7 @@
 #include "ScreenPlayerPresenter.h"
 
-#include "AppServices.h"
 #include "core/Logger.h"
+#include "media/PictureClient.h"
 #include "modes/DisplayManager.h"
 #include "playback/PlayerWindow.h"
 
@@ -11,7 +11,7 @@
 
 namespace tb {
 
-ScreenPlayerPresenter::ScreenPlayerPresenter(AppServices& services, QWidget* mainWindow)
+ScreenPlayerPresenter::ScreenPlayerPresenter(Services services, QWidget* mainWindow)
     : services(services), mainWindow(mainWindow)
 {
 }
@@ -49,11 +49,12 @@ void ScreenPlayerPresenter::present(const ShowRequest& request, std::shared_ptr<
         logWarning(QStringLiteral("%1 is not available yet; playing the show one photo at a time.")
                        .arg(gridOptionLabel(request.grid)));
 
+    auto pictures = std::make_unique<PictureClient>(services.pictures);
     auto* player =
         new SlideshowView(std::move(queue), request.single,
-                          PlayerServices{services.scheduler, services.random, services.slideshowManager, services.audio,
-                                         services.caches, services.sleepInhibitor, services.settings});
-    window = new PlayerWindow(player, services.caches, screen, request.startInWindowedMode, request.floatOnTop);
+                          PlayerServices{services.scheduler, services.random, services.manager, services.audio,
+                                         *pictures, services.sleepInhibitor, services.settings});
+    window = new PlayerWindow(player, std::move(pictures), screen, request.startInWindowedMode, request.floatOnTop);
     QPointer<PlayerWindow> target = window;
     player->setClosePlayer([target] {
         if (target)

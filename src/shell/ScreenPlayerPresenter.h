@@ -10,13 +10,32 @@ class QWidget;
 
 namespace tb {
 
-struct AppServices;
+class DisplayManager;
+class PictureService;
+class RandomSource;
+class Scheduler;
+class SettingsStore;
+class SleepInhibitor;
+class SlideshowAudio;
+class SlideshowManager;
 
-// Opens a show's window for one main window: picks the screen, builds the player in a
-// PlayerWindow and shows it. A main window closing takes its running show with it.
+// Opens a show's window for one main window: picks the screen, builds the player with its own
+// share of the picture service in a PlayerWindow, and shows it. A main window closing takes its
+// running show with it.
 class ScreenPlayerPresenter final : public PlayerPresenter {
 public:
-    ScreenPlayerPresenter(AppServices& services, QWidget* mainWindow);
+    struct Services {
+        Scheduler& scheduler;
+        RandomSource& random;
+        SlideshowManager& manager;
+        SlideshowAudio& audio;
+        PictureService& pictures;
+        SleepInhibitor& sleepInhibitor;
+        SettingsStore& settings;
+        DisplayManager& displays;
+    };
+
+    ScreenPlayerPresenter(Services services, QWidget* mainWindow);
     ~ScreenPlayerPresenter() override;
 
     void present(const ShowRequest& request, std::shared_ptr<Queue> queue) override;
@@ -26,7 +45,7 @@ public:
 private:
     QScreen* chooseScreen(int selectedDisplayID) const;
 
-    AppServices& services;
+    Services services;
     QWidget* mainWindow;
     QPointer<PlayerWindow> window;
 };

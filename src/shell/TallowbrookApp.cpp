@@ -46,12 +46,12 @@ QList<QUrl> urlsFromArguments(const QStringList& arguments)
 // The delegate, and with it the updater, is made first.
 TallowbrookApp::TallowbrookApp()
     : documents(std::make_unique<UnreadableDocuments>()),
-      caches(std::make_unique<PictureCaches>(largestScreen())),
+      pictures(std::make_unique<PictureService>(largestScreen(), &fileSystems, &processMemory)),
       delegate(analytics, settings, commands, *documents, dialogs),
       appServices{settings,         scheduler, random,
                   analytics,        revealer,  dialogs,
                   commands,         metadata,  delegate.updaterControllerWrapper(),
-                  slideshowManager, audio,     *caches,
+                  slideshowManager, audio,     *pictures,
                   sleepInhibitor,   displays},
       instance(SingleInstance::defaultServerName())
 {

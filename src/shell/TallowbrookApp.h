@@ -12,10 +12,12 @@
 #include "core/SettingsStore.h"
 #include "documents/DocumentReader.h"
 #include "media/MetadataService.h"
-#include "media/PictureCaches.h"
+#include "media/PictureService.h"
 #include "modes/DisplayManager.h"
 #include "platform/DBusSleepInhibitor.h"
 #include "platform/LinuxFileRevealer.h"
+#include "platform/LinuxFileSystems.h"
+#include "platform/LinuxProcessMemory.h"
 #include "playback/SlideshowManager.h"
 
 #include <QStringList>
@@ -51,7 +53,9 @@ private:
     std::unique_ptr<DocumentReader> documents;
     SlideshowManager slideshowManager;
     EmptyPlaylist audio; // until the playlist exists
-    std::unique_ptr<PictureCaches> caches;
+    LinuxFileSystems fileSystems;
+    LinuxProcessMemory processMemory;
+    std::unique_ptr<PictureService> pictures;
     DBusSleepInhibitor sleepInhibitor;
     DisplayManager displays;
     AppDelegate delegate;

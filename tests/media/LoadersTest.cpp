@@ -1,7 +1,10 @@
 #include "TestPictures.h"
+#include "core/FileSystems.h"
 #include "media/ImageLoader.h"
 #include "media/ThumbnailGenerator.h"
 #include "media/VideoThumbnailGenerator.h"
+#include "platform/LinuxFileSystems.h"
+#include "platform/LinuxProcessMemory.h"
 #include "support/LogCapture.h"
 
 #include <QFile>
@@ -17,6 +20,12 @@ using namespace tb::test;
 namespace {
 
 QUrl fileUrl(const QString& path) { return QUrl::fromLocalFile(path); }
+
+struct FakeFileSystems final : FileSystems {
+    explicit FakeFileSystems(bool network) : network(network) {}
+    bool isNetworkPath(const QString&) const override { return network; }
+    bool network;
+};
 
 QString writePng(const QTemporaryDir& dir, const QString& name, QSize size)
 {
@@ -78,7 +87,8 @@ TEST(ImageLoader, FailuresAreLoggedAndNetworkFilesWarned)
     file.write("no jpeg here");
     file.close();
 
-    ImageLoader local(QSize(), [](const QString&) { return false; });
+    const FakeFileSystems here{false};
+    ImageLoader local(QSize(), &here);
     EXPECT_FALSE(local.loadImage(fileUrl(dir.filePath(QStringLiteral("missing.png")))));
     EXPECT_FALSE(local.loadImage(fileUrl(broken)));
     EXPECT_FALSE(local.loadImage(fileUrl(broken))) << "a failure is not remembered: it is tried again";
@@ -91,26 +101,29 @@ TEST(ImageLoader, FailuresAreLoggedAndNetworkFilesWarned)
         << errors[1].toStdString();
     EXPECT_TRUE(log.messages(LogLevel::Warning).isEmpty());
 
-    ImageLoader remote(QSize(), [](const QString&) { return true; });
+    const FakeFileSystems there{true};
+    ImageLoader remote(QSize(), &there);
     EXPECT_FALSE(remote.loadImage(fileUrl(broken)));
     EXPECT_EQ(log.messages(LogLevel::Warning),
               QStringList{QStringLiteral("Image is on network volume - may require folder access permission")});
 
-    EXPECT_TRUE(isNetworkPath(QStringLiteral("/run/user/1000/gvfs/smb-share:server=nas,share=photos/a.jpg")));
-    EXPECT_FALSE(isNetworkPath(dir.path()));
+    const LinuxFileSystems linux;
+    EXPECT_TRUE(linux.isNetworkPath(QStringLiteral("/run/user/1000/gvfs/smb-share:server=nas,share=photos/a.jpg")));
+    EXPECT_FALSE(linux.isNetworkPath(dir.path()));
 }
 
 TEST(ThumbnailGenerator, AtMostTwiceTheDisplaySizeAndAMemoryLineEveryTenth)
 {
     QTemporaryDir dir;
     LogCapture log;
-    ThumbnailGenerator thumbnails;
+    LinuxProcessMemory process;
+    ThumbnailGenerator thumbnails(&process);
     const QString big = writePng(dir, QStringLiteral("big.png"), QSize(1000, 500));
     const auto thumbnail = thumbnails.generateThumbnail(fileUrl(big), QSize(150, 100));
     ASSERT_TRUE(thumbnail);
     EXPECT_EQ(thumbnail->size(), QSize(300, 150));
-    EXPECT_EQ(thumbnails.generateThumbnail(fileUrl(big), QSize(10, 10))->size(), QSize(300, 150))
-        << "the size asked first is the size kept";
+    EXPECT_EQ(thumbnails.generateThumbnail(fileUrl(big), QSize(10, 10))->size(), QSize(20, 10))
+        << "each size has its own thumbnail";
     EXPECT_EQ(
         thumbnails.generateThumbnail(fileUrl(writePng(dir, QStringLiteral("s.png"), QSize(60, 30))), QSize(150, 150))
             ->size(),

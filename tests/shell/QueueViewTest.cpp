@@ -16,6 +16,7 @@ using namespace tb::test;
 namespace {
 
 struct QueueViewTest : ShellFixture {
+    FakeCaches caches;
     Queue queue;
     std::unique_ptr<QueueModel> model;
     std::unique_ptr<QueueView> view;

@@ -6,6 +6,7 @@
 #include "core/RecordingAnalytics.h"
 #include "core/SettingsStore.h"
 #include "media/MetadataService.h"
+#include "media/PictureService.h"
 #include "media/Queue.h"
 #include "modes/DisplayManager.h"
 #include "playback/SlideshowManager.h"
@@ -44,11 +45,11 @@ struct ShellFixture : ::testing::Test {
     UpdaterControllerWrapper updater;
     SlideshowManager slideshowManager;
     FakeAudio audio;
-    FakeCaches caches;
+    PictureService pictures;
     FakeInhibitor inhibitor;
     DisplayManager displays;
     AppServices services{settings, scheduler, random,           analytics, revealer, dialogs,   commands,
-                         metadata, updater,   slideshowManager, audio,     caches,   inhibitor, displays};
+                         metadata, updater,   slideshowManager, audio,     pictures, inhibitor, displays};
     std::vector<std::unique_ptr<ContentView>> windows;
 
     // A window that has not appeared yet: it subscribes to commands when shown.

@@ -3,7 +3,7 @@
 #include "audio/SlideshowAudio.h"
 #include "core/RandomSource.h"
 #include "core/SleepInhibitor.h"
-#include "media/PlaybackCaches.h"
+#include "media/PictureCaches.h"
 
 #include <QImageReader>
 #include <QStringList>
@@ -42,12 +42,13 @@ public:
     QStringList calls;
 };
 
-class FakeCaches final : public PlaybackCaches {
+class FakeCaches final : public PictureCaches {
 public:
     void clearPictures() override { ++pictureClears; }
     void clearThumbnails() override { ++thumbnailClears; }
     void clearVideoThumbnails() override { ++videoThumbnailClears; }
     void preload(const QList<IdentifiableImage>& items) override { preloads.append(int(items.size())); }
+    void cancelPreloads() override { ++preloadCancels; }
     // Reads the file itself, uncached.
     std::optional<QImage> picture(const QUrl& url, bool) override
     {
@@ -56,7 +57,7 @@ public:
         const QImage image = reader.read();
         return image.isNull() ? std::nullopt : std::optional<QImage>(image);
     }
-    std::optional<QImage> thumbnail(const QUrl& url, bool isVideo) override
+    std::optional<QImage> thumbnail(const QUrl& url, bool isVideo, QSize) override
     {
         ++thumbnailRequests;
         return picture(url, isVideo);
@@ -65,6 +66,7 @@ public:
     int pictureClears = 0;
     int thumbnailClears = 0;
     int videoThumbnailClears = 0;
+    int preloadCancels = 0;
     QList<int> preloads;
 };
 

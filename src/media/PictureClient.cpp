@@ -1,0 +1,85 @@
+#include "PictureClient.h"
+
+#include "PictureService.h"
+
+namespace tb {
+
+PictureClient::PictureClient(PictureService& service, int preloadThreads, int preloadBacklog)
+    : service(service), preloads(preloadThreads, preloadBacklog)
+{
+}
+
+PictureClient::~PictureClient()
+{
+    preloads.drain();
+    service.releaseFreeMemory();
+}
+
+void PictureClient::clearPictures()
+{
+    QMutexLocker lock(&mutex);
+    for (const QUrl& url : std::as_const(pictureUrls))
+        service.pictures.forget(url);
+    pictureUrls.clear();
+}
+
+void PictureClient::clearThumbnails()
+{
+    QMutexLocker lock(&mutex);
+    for (auto it = thumbnailKeys.cbegin(); it != thumbnailKeys.cend(); ++it)
+        service.thumbnails.forget(it.key(), it.value());
+    thumbnailKeys.clear();
+}
+
+void PictureClient::clearVideoThumbnails()
+{
+    QMutexLocker lock(&mutex);
+    for (const QUrl& url : std::as_const(posterUrls))
+        service.posters.forget(url);
+    posterUrls.clear();
+}
+
+void PictureClient::preload(const QList<IdentifiableImage>& items)
+{
+    for (const IdentifiableImage& item : items) {
+        const QUrl url = item.url();
+        const bool isVideo = item.isVideo();
+        preloads.submit([this, url, isVideo] { picture(url, isVideo); });
+    }
+}
+
+std::optional<QImage> PictureClient::picture(const QUrl& url, bool isVideo)
+{
+    std::optional<QImage> image;
+    if (isVideo) {
+        image = service.posterFrame(url);
+    } else if (auto loaded = service.picture(url)) {
+        image = std::move(loaded->image);
+    }
+    if (image) {
+        QMutexLocker lock(&mutex);
+        (isVideo ? posterUrls : pictureUrls).insert(url);
+    }
+    return image;
+}
+
+std::optional<QImage> PictureClient::thumbnail(const QUrl& url, bool isVideo, QSize displaySize)
+{
+    if (isVideo) {
+        auto poster = service.posterFrame(url);
+        if (poster) {
+            QMutexLocker lock(&mutex);
+            posterUrls.insert(url);
+        }
+        return poster;
+    }
+    auto small = service.thumbnail(url, displaySize);
+    if (small) {
+        QMutexLocker lock(&mutex);
+        if (!thumbnailKeys.contains(url, displaySize))
+            thumbnailKeys.insert(url, displaySize);
+    }
+    return small;
+}
+
+} // namespace tb
