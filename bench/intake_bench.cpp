@@ -52,9 +52,7 @@ int main(int argc, char* argv[])
     });
     clock.start();
     probe.start();
-    QTimer::singleShot(0, [&] {
-        intake.processURLs({QUrl::fromLocalFile(folder)}, intake.decideRecursion({QUrl::fromLocalFile(folder)}));
-    });
+    QTimer::singleShot(0, [&] { intake.processURLs({QUrl::fromLocalFile(folder)}, true); });
     app.exec();
     const double intakeMs = double(clock.nsecsElapsed()) / 1e6;
 

@@ -8,10 +8,12 @@ namespace tb {
 enum class AlertStyle { Information, Warning, Critical };
 
 // What the user answered to a question: the index of the pressed button in the list that was
-// offered, and the state of the check box (false when none was shown).
+// offered, and the state of the check box (false when none was shown). A question closed with
+// Escape or the window's close button is dismissed, and answers with its last button.
 struct QuestionAnswer {
     int button = 0;
     bool checkBoxChecked = false;
+    bool dismissed = false;
 };
 
 struct OpenPanelOptions {

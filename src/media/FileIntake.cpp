@@ -8,11 +8,18 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QPointer>
-#include <QtConcurrent/QtConcurrentRun>
+
+#include <sys/stat.h>
 
 namespace tb {
+
+// One run's own state: the names it added, for its toast.
+struct FileIntake::Run {
+    QStringList names;
+};
 
 namespace {
 
@@ -34,21 +41,89 @@ int supportedCount(const QFileInfoList& entries)
                              [](const QFileInfo& entry) { return isSupportedExtension(entry.suffix()); }));
 }
 
+// Only real folders are looked into: a link to a folder could lead back up the tree.
+bool isRealFolder(const QFileInfo& entry) { return entry.isDir() && !entry.isSymLink(); }
+
+bool isFolder(const QUrl& url) { return QFileInfo(url.toLocalFile()).isDir(); }
+
+// Device and inode: one folder reached twice (a bind mount inside itself) is walked once.
+std::optional<std::pair<quint64, quint64>> folderIdentity(const QString& folder)
+{
+    struct stat info {};
+    if (::stat(QFile::encodeName(folder).constData(), &info) != 0)
+        return std::nullopt;
+    return std::pair<quint64, quint64>(quint64(info.st_dev), quint64(info.st_ino));
+}
+
+void walk(const QString& folder, QList<QUrl>& result, bool recursive, QSet<std::pair<quint64, quint64>>& seen)
+{
+    if (const auto identity = folderIdentity(folder)) {
+        if (seen.contains(*identity))
+            return;
+        seen.insert(*identity);
+    }
+    QString error;
+    const auto entries = listFolder(folder, &error);
+    if (!entries) {
+        logError(QStringLiteral("Error reading contents of directory: ") + error);
+        return;
+    }
+    logInfo(QStringLiteral("Processing directory: %1 (%2 image files detected)")
+                .arg(QFileInfo(folder).fileName())
+                .arg(supportedCount(*entries)));
+    for (const QFileInfo& entry : *entries) {
+        if (entry.isHidden())
+            continue;
+        if (isRealFolder(entry)) {
+            if (recursive)
+                walk(entry.filePath(), result, true, seen);
+        } else if (isSupportedExtension(entry.suffix())) {
+            result.append(QUrl::fromLocalFile(entry.filePath()));
+        }
+    }
+}
+
 } // namespace
 
 FileIntake::FileIntake(Queue& queue, SettingsStore& settings, UserDialogs& dialogs, QObject* parent)
     : QObject(parent), queue(queue), settings(settings), dialogs(dialogs)
 {
+    // Two runs side by side each get a thread; a third waits for one.
+    workers.setMaxThreadCount(2);
 }
 
-FileIntake::~FileIntake() { alive->store(false); }
-
-bool FileIntake::isFolder(const QUrl& url) { return QFileInfo(url.toLocalFile()).isDir(); }
-
-bool FileIntake::hasSubfolder(const QString& folder)
+FileIntake::~FileIntake()
 {
-    const auto entries = listFolder(folder, nullptr);
-    return entries && std::any_of(entries->begin(), entries->end(), [](const QFileInfo& e) { return e.isDir(); });
+    alive->store(false);
+    workers.waitForDone();
+}
+
+QStringList FileIntake::selectedFileNames() const { return latestRun ? latestRun->names : QStringList(); }
+
+void FileIntake::onGuiThread(std::function<void(FileIntake&)> fn)
+{
+    // Through the application object, which outlives every window; posts from one worker
+    // arrive in the order they were made.
+    QPointer<FileIntake> self(this);
+    QMetaObject::invokeMethod(
+        qApp,
+        [self, fn = std::move(fn)] {
+            if (self)
+                fn(*self);
+        },
+        Qt::QueuedConnection);
+}
+
+void FileIntake::beginWork()
+{
+    if (activeRuns++ == 0)
+        Q_EMIT loadingChanged(true);
+}
+
+void FileIntake::endWork()
+{
+    if (--activeRuns == 0)
+        Q_EMIT loadingChanged(false);
 }
 
 void FileIntake::selectFiles()
@@ -67,10 +142,9 @@ void FileIntake::selectFiles()
     for (const QString& path : chosen)
         urls.append(QUrl::fromLocalFile(path));
     urlsToLoad = urls;
+    // The dialog has just shown what it chose: one look at it here costs nothing.
     selectedFolder = urls.size() == 1 && isFolder(urls.first()) ? std::optional<QUrl>(urls.first()) : std::nullopt;
-    const bool recursive = decideRecursion(urls);
-    countAhead(urls);
-    processURLs(urls, recursive);
+    take(urls, true);
 }
 
 void FileIntake::handleDrop(const QList<QUrl>& urls)
@@ -82,16 +156,55 @@ void FileIntake::handleDrop(const QList<QUrl>& urls)
         else
             logError(QStringLiteral("Error loading dropped item: ") + url.toString());
     }
-    if (local.isEmpty())
-        return;
-    processURLs(local, decideRecursion(local));
+    if (!local.isEmpty())
+        take(local, false);
 }
 
-bool FileIntake::decideRecursion(const QList<QUrl>& urls)
+FileIntake::Probe FileIntake::probe(const QList<QUrl>& urls, bool countAhead)
+{
+    Probe found;
+    for (const QUrl& url : urls) {
+        const QString path = url.toLocalFile();
+        if (!isFolder(url)) {
+            if (countAhead && isSupportedExtension(QFileInfo(path).suffix()))
+                ++found.countAhead;
+            continue;
+        }
+        QString error;
+        const auto entries = listFolder(path, &error);
+        if (!entries) {
+            if (countAhead)
+                logError(QStringLiteral("Error reading contents of directory: ") + error);
+            continue;
+        }
+        found.anySubfolders = found.anySubfolders || std::any_of(entries->begin(), entries->end(), isRealFolder);
+        if (countAhead) {
+            const int n = supportedCount(*entries);
+            logInfo(QStringLiteral("Directory: %1, Image file count: %2").arg(QFileInfo(path).fileName()).arg(n));
+            found.countAhead += n;
+        }
+    }
+    return found;
+}
+
+void FileIntake::take(const QList<QUrl>& urls, bool fromDialog)
+{
+    beginWork();
+    workers.start([this, urls, fromDialog] {
+        const Probe found = probe(urls, fromDialog);
+        onGuiThread([urls, fromDialog, found](FileIntake& intake) {
+            if (fromDialog)
+                intake.toBeAdded = found.countAhead;
+            if (const std::optional<bool> recursive = intake.decideRecursion(found.anySubfolders))
+                intake.processURLs(urls, *recursive);
+            intake.endWork(); // after the run began, so the spinner does not flicker
+        });
+    });
+}
+
+std::optional<bool> FileIntake::decideRecursion(bool anySubfolders)
 {
     const bool remembered = settings.value(Settings::rememberFolderRecursion);
-    const bool anySubfolders = std::any_of(
-        urls.begin(), urls.end(), [](const QUrl& url) { return isFolder(url) && hasSubfolder(url.toLocalFile()); });
     if (anySubfolders && !remembered) {
         const QuestionAnswer answer = dialogs.question(
             AlertStyle::Information, QStringLiteral("Include Subfolders?"),
@@ -99,6 +212,8 @@ bool FileIntake::decideRecursion(const QList<QUrl>& urls)
                            "subfolders, or only from the selected folder?"),
             {QStringLiteral("All Subfolders"), QStringLiteral("This Folder Only")},
             QStringLiteral("Remember my choice"));
+        if (answer.dismissed)
+            return std::nullopt;
         const bool all = answer.button == 0;
         if (answer.checkBoxChecked) {
             settings.set(Settings::rememberFolderRecursion, true);
@@ -111,54 +226,15 @@ bool FileIntake::decideRecursion(const QList<QUrl>& urls)
     return settings.value(Settings::folderRecursionDepth) == -1;
 }
 
-void FileIntake::countAhead(const QList<QUrl>& urls)
-{
-    int total = 0;
-    for (const QUrl& url : urls) {
-        const QString path = url.toLocalFile();
-        if (isFolder(url)) {
-            QString error;
-            const auto entries = listFolder(path, &error);
-            if (!entries) {
-                logError(QStringLiteral("Error reading contents of directory: ") + error);
-                continue;
-            }
-            const int n = supportedCount(*entries);
-            logInfo(QStringLiteral("Directory: %1, Image file count: %2").arg(QFileInfo(path).fileName()).arg(n));
-            total += n;
-        } else if (isSupportedExtension(QFileInfo(path).suffix())) {
-            ++total;
-        }
-    }
-    toBeAdded = total;
-}
-
 void FileIntake::processURLs(const QList<QUrl>& urls, bool recursive)
 {
-    // Folders are walked on the worker too: listing a tree of 20,000 files takes longer than
-    // the window may stand still.
     run(urls, recursive, [this] { thumbnailCheck(); });
 }
 
 void FileIntake::processDirectory(const QString& folder, QList<QUrl>& result, bool recursive)
 {
-    QString error;
-    const auto entries = listFolder(folder, &error);
-    if (!entries) {
-        logError(QStringLiteral("Error reading contents of directory: ") + error);
-        return;
-    }
-    logInfo(QStringLiteral("Processing directory: %1 (%2 image files detected)")
-                .arg(QFileInfo(folder).fileName())
-                .arg(supportedCount(*entries)));
-    for (const QFileInfo& entry : *entries) {
-        if (entry.isHidden())
-            continue;
-        if (entry.isDir() && recursive)
-            processDirectory(entry.filePath(), result, true);
-        else if (isSupportedExtension(entry.suffix()))
-            result.append(QUrl::fromLocalFile(entry.filePath()));
-    }
+    QSet<std::pair<quint64, quint64>> seen;
+    walk(folder, result, recursive, seen);
 }
 
 void FileIntake::loadFiles(const QList<QUrl>& urls, std::function<void()> completion)
@@ -168,25 +244,13 @@ void FileIntake::loadFiles(const QList<QUrl>& urls, std::function<void()> comple
 
 void FileIntake::run(const QList<QUrl>& chosen, std::optional<bool> expandFolders, std::function<void()> completion)
 {
-    loading = true;
-    Q_EMIT loadingChanged(true);
-    fileNames.clear();
-
-    QPointer<FileIntake> self(this);
+    beginWork();
+    auto state = std::make_shared<Run>();
+    latestRun = state;
     auto stillWanted = alive;
-    // Results go through the application object, which outlives every window; each runs only
-    // if this intake still exists. Posts from one worker arrive in the order they were made.
-    auto post = [self](auto fn) {
-        QMetaObject::invokeMethod(
-            qApp,
-            [self, fn] {
-                if (self)
-                    fn(*self);
-            },
-            Qt::QueuedConnection);
-    };
+    QPointer<FileIntake> self(this);
     // The worker touches nothing of the window: it builds items and posts them in batches.
-    (void)QtConcurrent::run([post, stillWanted, chosen, expandFolders, completion = std::move(completion)] {
+    workers.start([this, state, stillWanted, chosen, expandFolders, completion = std::move(completion)] {
         QList<QUrl> urls;
         if (expandFolders) {
             for (const QUrl& url : chosen) {
@@ -204,9 +268,9 @@ void FileIntake::run(const QList<QUrl>& chosen, std::optional<bool> expandFolder
             batch.append(makeItem(urls[i]));
             names.append(batch.last().filename());
             if (batch.size() == batchSize || i == urls.size() - 1) {
-                post([batch, names](FileIntake& intake) {
+                onGuiThread([batch, names, state](FileIntake& intake) {
                     intake.queue.append(batch);
-                    intake.fileNames.append(names);
+                    state->names.append(names);
                     intake.setTotalPhotosAdded(intake.totalAdded + int(batch.size()));
                     Q_EMIT intake.itemsAdded(int(batch.size()));
                 });
@@ -214,13 +278,12 @@ void FileIntake::run(const QList<QUrl>& chosen, std::optional<bool> expandFolder
                 names.clear();
             }
         }
-        post([completion](FileIntake& intake) {
+        onGuiThread([completion, state](FileIntake& intake) {
             if (thumbnailsEnabledTreshold >= intake.totalAdded)
                 intake.thumbnailsWanted = true;
             intake.thumbnailCheck();
-            intake.loading = false;
-            Q_EMIT intake.loadingChanged(false);
-            Q_EMIT intake.toast(QStringLiteral("%1 files added").arg(intake.fileNames.size()));
+            Q_EMIT intake.toast(QStringLiteral("%1 files added").arg(state->names.size()));
+            intake.endWork();
             if (completion)
                 completion();
         });

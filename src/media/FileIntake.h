@@ -4,7 +4,9 @@
 
 #include <QList>
 #include <QObject>
+#include <QSet>
 #include <QStringList>
+#include <QThreadPool>
 #include <QUrl>
 
 #include <atomic>
@@ -19,38 +21,46 @@ class SettingsStore;
 class UserDialogs;
 
 // Turns what the user names (files and folders from the dialog, or dropped) into items at the end
-// of the queue. Items are built on a pool thread and reach the queue in batches of 50 on the
-// GUI thread, so tens of thousands of files never stall the window. Runs are not queued: a
-// second run starts at once beside the first.
+// of the queue. Folders are looked into, walked, and items built on worker threads this intake
+// owns; items reach the queue in batches of 50 on the GUI thread, so tens of thousands of files
+// never stall the window. Runs are not queued: a second run starts at once beside the first,
+// with counts and a toast of its own.
 class FileIntake final : public QObject {
     Q_OBJECT
 public:
     FileIntake(Queue& queue, SettingsStore& settings, UserDialogs& dialogs, QObject* parent = nullptr);
+    // Stops the runs under way and waits for their workers.
     ~FileIntake() override;
 
-    // "Select files or folders": the dialog, the recursion decision, the count ahead, the run.
+    // "Select files or folders": the dialog, then on a worker the look into the chosen folders
+    // (subfolders, and the count ahead), then the recursion decision and the run.
     void selectFiles();
-    // Files and folders dropped on the window: the recursion decision, then a run. The dialog's
+    // Files and folders dropped on the window: the same without the count ahead. The dialog's
     // count ahead and chosen URLs stay as they are.
     void handleDrop(const QList<QUrl>& urls);
-    // Expands folders and starts a run; single files are taken as they are.
+    // Starts a run: folders among the URLs are walked (recursively or not); single files are
+    // taken as they are.
     void processURLs(const QList<QUrl>& urls, bool recursive);
-    // Appends the folder's supported files (and, recursively, its subfolders'). Hidden entries
-    // are skipped; an unreadable folder logs and adds nothing.
-    static void processDirectory(const QString& folder, QList<QUrl>& result, bool recursive);
-    // The run: items are built on a pool thread, appended in batches, then completion runs.
+    // The run of these files, then completion.
     void loadFiles(const QList<QUrl>& urls, std::function<void()> completion = {});
+    // Appends the folder's supported files (and, recursively, its subfolders'). Hidden entries
+    // are skipped, and so are links to folders (links to files are taken); a folder met twice
+    // is walked once. An unreadable folder logs and adds nothing.
+    static void processDirectory(const QString& folder, QList<QUrl>& result, bool recursive);
     // The remembered answer, or the "Include Subfolders?" question when a chosen folder has
-    // subfolders; true (recursive) when none has.
-    bool decideRecursion(const QList<QUrl>& urls);
+    // subfolders; true (recursive) when none has. Nothing when the question was closed without
+    // an answer: then nothing is added and nothing remembered.
+    std::optional<bool> decideRecursion(bool anySubfolders);
     // Turns thumbnails off with a one-time "Info" alert above the threshold.
     void thumbnailCheck();
 
-    bool isLoading() const { return loading; }
+    // While any run, or any look into folders before one, is under way.
+    bool isLoading() const { return activeRuns > 0; }
     int totalPhotosAdded() const { return totalAdded; }
     void setTotalPhotosAdded(int total);
     int totalPhotosToBeAdded() const { return toBeAdded; }
-    const QStringList& selectedFileNames() const { return fileNames; }
+    // The file names the latest run has added so far.
+    QStringList selectedFileNames() const;
     const std::optional<QUrl>& selectedFolderURL() const { return selectedFolder; }
     void clearSelectedFolderURL() { selectedFolder.reset(); }
     bool displayThumbnails() const { return thumbnailsWanted; }
@@ -67,26 +77,35 @@ Q_SIGNALS:
     void toast(const QString& message);
 
 private:
-    // A run on the pool thread; with expandFolders set, folders among the URLs are walked there
-    // first (recursively when it is true).
+    // What a look into the named folders found, on a worker.
+    struct Probe {
+        bool anySubfolders = false;
+        int countAhead = 0;
+    };
+    struct Run;
+    static Probe probe(const QList<QUrl>& urls, bool countAhead);
+    // Looks into the URLs on a worker, then decides and runs on the GUI thread.
+    void take(const QList<QUrl>& urls, bool fromDialog);
     void run(const QList<QUrl>& urls, std::optional<bool> expandFolders, std::function<void()> completion);
-    static bool isFolder(const QUrl& url);
-    static bool hasSubfolder(const QString& folder);
-    void countAhead(const QList<QUrl>& urls);
+    // Runs fn with this intake on the GUI thread, if it still exists by then.
+    void onGuiThread(std::function<void(FileIntake&)> fn);
+    void beginWork();
+    void endWork();
 
     Queue& queue;
     SettingsStore& settings;
     UserDialogs& dialogs;
-    bool loading = false;
+    int activeRuns = 0;
     int totalAdded = 0;
     int toBeAdded = 0;
-    QStringList fileNames;
+    std::shared_ptr<Run> latestRun;
     QList<QUrl> urlsToLoad;
     std::optional<QUrl> selectedFolder;
     bool thumbnailsWanted = true;
     bool alertShown = false;
-    // Tells pool workers that nobody waits for their items any more.
+    // Tells workers that nobody waits for their items any more.
     std::shared_ptr<std::atomic_bool> alive = std::make_shared<std::atomic_bool>(true);
+    QThreadPool workers;
 };
 
 } // namespace tb

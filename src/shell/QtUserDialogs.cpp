@@ -101,6 +101,11 @@ QuestionAnswer QtUserDialogs::question(AlertStyle style, const QString& title, c
         pushButtons.append(button);
     }
     box.setDefaultButton(pushButtons.first());
+    // Escape and the window's close button press this hidden one, so closing is told apart
+    // from pressing the last button.
+    QPushButton* dismiss = box.addButton(QMessageBox::Cancel);
+    dismiss->hide();
+    box.setEscapeButton(dismiss);
     if (!checkBoxText.isEmpty()) {
         auto* check = new QCheckBox(checkBoxText, &box);
         check->setAccessibleName(checkBoxText);
@@ -112,6 +117,7 @@ QuestionAnswer QtUserDialogs::question(AlertStyle style, const QString& title, c
     // Closing the box with Escape or the title bar answers with the last button, as a cancel.
     const int pressed = int(pushButtons.indexOf(qobject_cast<QPushButton*>(box.clickedButton())));
     answer.button = pressed >= 0 ? pressed : int(pushButtons.size()) - 1;
+    answer.dismissed = pressed < 0;
     answer.checkBoxChecked = box.checkBox() && box.checkBox()->isChecked();
     return answer;
 }

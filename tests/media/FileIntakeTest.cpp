@@ -59,10 +59,10 @@ TEST_F(IntakeFixture, AFolderArrivesInBatchesOfFiftyWithItsCountsAndToast)
     dialogs.openAnswers = {{dir.filePath(QStringLiteral("shots"))}};
 
     intake.selectFiles();
-    EXPECT_TRUE(intake.isLoading());
+    EXPECT_TRUE(intake.isLoading()) << "the spinner shows while the folder is looked into";
+    ASSERT_TRUE(waitForRun());
     EXPECT_EQ(intake.totalPhotosToBeAdded(), 51);
     EXPECT_EQ(intake.selectedFolderURL(), QUrl::fromLocalFile(dir.filePath(QStringLiteral("shots"))));
-    ASSERT_TRUE(waitForRun());
 
     ASSERT_EQ(batches.size(), 2);
     EXPECT_EQ(batches[0][0].toInt(), 50);
@@ -89,30 +89,54 @@ TEST_F(IntakeFixture, HiddenFilesInAFolderAreSkippedButAChosenOneIsKept)
     EXPECT_EQ(queuedNames(), (QStringList{QStringLiteral(".secret.png"), QStringLiteral("a.png")}));
 }
 
-TEST_F(IntakeFixture, TheSubfolderQuestionAndItsRememberedAnswer)
+TEST_F(IntakeFixture, TheSubfolderQuestionItsRememberedAnswerAndClosingIt)
 {
     touch(QStringLiteral("trip/top.jpg"));
     touch(QStringLiteral("trip/day2/deep.jpg"));
     const QList<QUrl> trip{QUrl::fromLocalFile(dir.filePath(QStringLiteral("trip")))};
+
+    // Closed with Escape: nothing added, nothing remembered.
+    dialogs.questionAnswers = {QuestionAnswer{1, true, true}};
+    intake.handleDrop(trip);
+    ASSERT_TRUE(waitForRun());
+    EXPECT_TRUE(queue.isEmpty());
+    EXPECT_FALSE(settings.value(Settings::rememberFolderRecursion));
+
     dialogs.questionAnswers = {QuestionAnswer{1, true}}; // "This Folder Only", remembered
-    EXPECT_FALSE(intake.decideRecursion(trip));
-    ASSERT_EQ(dialogs.prompts.size(), 1);
-    EXPECT_EQ(dialogs.prompts[0].title, QStringLiteral("Include Subfolders?"));
-    EXPECT_EQ(dialogs.prompts[0].buttons,
+    intake.handleDrop(trip);
+    ASSERT_TRUE(waitForRun());
+    EXPECT_EQ(queuedNames(), QStringList{QStringLiteral("top.jpg")});
+    ASSERT_EQ(dialogs.prompts.size(), 2);
+    EXPECT_EQ(dialogs.prompts[1].title, QStringLiteral("Include Subfolders?"));
+    EXPECT_EQ(dialogs.prompts[1].buttons,
               (QStringList{QStringLiteral("All Subfolders"), QStringLiteral("This Folder Only")}));
-    EXPECT_EQ(dialogs.prompts[0].checkBoxText, QStringLiteral("Remember my choice"));
+    EXPECT_EQ(dialogs.prompts[1].checkBoxText, QStringLiteral("Remember my choice"));
     EXPECT_TRUE(settings.value(Settings::rememberFolderRecursion));
     EXPECT_EQ(settings.value(Settings::folderRecursionDepth), 0);
 
-    EXPECT_FALSE(intake.decideRecursion(trip)) << "remembered: no second question";
-    EXPECT_EQ(dialogs.prompts.size(), 1);
-    intake.processURLs(trip, false);
+    intake.handleDrop(trip);
     ASSERT_TRUE(waitForRun());
-    EXPECT_EQ(queuedNames(), QStringList{QStringLiteral("top.jpg")});
+    EXPECT_EQ(dialogs.prompts.size(), 2) << "remembered: no second question";
 
     settings.set(Settings::rememberFolderRecursion, false);
-    EXPECT_TRUE(intake.decideRecursion({QUrl::fromLocalFile(dir.filePath(QStringLiteral("trip/day2")))}))
-        << "a folder without subfolders is taken whole, unasked";
+    EXPECT_EQ(intake.decideRecursion(false), true) << "a folder without subfolders is taken whole, unasked";
+}
+
+// Links to folders are not walked (two links to the parent would multiply the walk without
+// end); links to files are taken as files.
+TEST_F(IntakeFixture, LinkedFoldersAreNotWalkedAndLinkedFilesAreTaken)
+{
+    const QString photo = touch(QStringLiteral("a/photo.jpg"));
+    ASSERT_TRUE(QFile::link(QStringLiteral(".."), dir.filePath(QStringLiteral("a/up"))));
+    ASSERT_TRUE(QFile::link(QStringLiteral(".."), dir.filePath(QStringLiteral("a/up2"))));
+    ASSERT_TRUE(QFile::link(photo, dir.filePath(QStringLiteral("a/again.jpg"))));
+    touch(QStringLiteral("a/inner/deep.png"));
+    settings.set(Settings::rememberFolderRecursion, true);
+    settings.set(Settings::folderRecursionDepth, -1); // all subfolders
+    intake.handleDrop({QUrl::fromLocalFile(dir.filePath(QStringLiteral("a")))});
+    ASSERT_TRUE(waitForRun());
+    EXPECT_EQ(queuedNames(),
+              (QStringList{QStringLiteral("again.jpg"), QStringLiteral("deep.png"), QStringLiteral("photo.jpg")}));
 }
 
 TEST_F(IntakeFixture, AboveTwoThousandThumbnailsGoOffWithOneAlert)
@@ -168,8 +192,12 @@ TEST_F(IntakeFixture, TwoRunsAtOnceBothComplete)
     intake.loadFiles(first);
     intake.loadFiles(second);
     ASSERT_TRUE(QTest::qWaitFor([&] { return toasts.size() == 2; }, 10000));
-    EXPECT_EQ(loading.count(), 4) << "each run sets and clears the flag itself";
+    EXPECT_EQ(loading.count(), 2) << "the spinner stays until the last run ends";
     EXPECT_FALSE(intake.isLoading());
+    QStringList messages{toasts[0][0].toString(), toasts[1][0].toString()};
+    messages.sort();
+    EXPECT_EQ(messages, (QStringList{QStringLiteral("1 files added"), QStringLiteral("120 files added")}))
+        << "each run counts its own files";
     ASSERT_EQ(queue.size(), 121);
     QStringList fromFirst;
     for (const auto& item : queue.items())

@@ -10,6 +10,7 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QTemporaryDir>
+#include <QTest>
 
 #include <gtest/gtest.h>
 
@@ -63,18 +64,29 @@ TEST(QtUserDialogs, QuestionReportsThePressedButtonAndTheCheckBox)
     EXPECT_TRUE(answer.checkBoxChecked);
 }
 
-TEST(QtUserDialogs, EscapeAnswersWithTheLastButton)
+// Escape answers with the last button, but says it was a dismissal, not a choice.
+TEST(QtUserDialogs, EscapeAnswersWithTheLastButtonAsADismissal)
 {
     QtUserDialogs dialogs;
+    const QStringList buttons{QStringLiteral("All Subfolders"), QStringLiteral("This Folder Only")};
     whenShown<QMessageBox>([](QMessageBox* box) {
         EXPECT_EQ(box->checkBox(), nullptr);
-        box->reject();
+        QTest::keyClick(box, Qt::Key_Escape);
     });
-    const QuestionAnswer answer =
-        dialogs.question(AlertStyle::Information, QStringLiteral("Done"), QStringLiteral("Saved."),
-                         {QStringLiteral("OK"), QStringLiteral("Show in File Manager")});
+    QuestionAnswer answer = dialogs.question(AlertStyle::Information, QStringLiteral("Include Subfolders?"),
+                                             QStringLiteral("Which?"), buttons);
     EXPECT_EQ(answer.button, 1);
-    EXPECT_FALSE(answer.checkBoxChecked);
+    EXPECT_TRUE(answer.dismissed);
+
+    whenShown<QMessageBox>([](QMessageBox* box) {
+        for (QAbstractButton* button : box->buttons())
+            if (button->text() == QStringLiteral("This Folder Only"))
+                button->click();
+    });
+    answer = dialogs.question(AlertStyle::Information, QStringLiteral("Include Subfolders?"), QStringLiteral("Which?"),
+                              buttons);
+    EXPECT_EQ(answer.button, 1);
+    EXPECT_FALSE(answer.dismissed);
 }
 
 TEST(QtUserDialogs, SavePanelShowsItsMessageAndReturnsTheChosenPath)
