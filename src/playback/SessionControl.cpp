@@ -1,7 +1,9 @@
 #include "SessionControl.h"
 
 #include "SlideshowManager.h"
+#include "SlideshowStartedEvent.h"
 #include "audio/SlideshowAudio.h"
+#include "core/Analytics.h"
 #include "core/Logger.h"
 #include "core/RandomSource.h"
 #include "core/SettingsStore.h"
@@ -11,10 +13,6 @@
 #include <numeric>
 
 namespace tb {
-
-namespace {
-QString boolText(bool value) { return value ? QStringLiteral("true") : QStringLiteral("false"); }
-} // namespace
 
 SessionControl::SessionControl(std::shared_ptr<Queue> queue, Services services)
     : queue(std::move(queue)), services(services)
@@ -100,33 +98,6 @@ void SessionControl::startSlideshow(bool screensaverMode)
 
     if (tracks > 0)
         services.audio.play();
-}
-
-Segmentation slideshowStartedSegmentation(int queueSize, double delay, bool loop, bool shuffle,
-                                          const QString& transitionType, double crossfadeDuration, int displayModeRaw,
-                                          bool liveMode, int audioTracks, bool overlayEnabled)
-{
-    return Segmentation{
-        {QStringLiteral("slideshowSize"), QString::number(queueSize)},
-        {QStringLiteral("slideshowDelay"), decimalText(delay)},
-        {QStringLiteral("loopEnabled"), boolText(loop)},
-        {QStringLiteral("shuffleEnabled"), boolText(shuffle)},
-        {QStringLiteral("transitionType"), transitionType},
-        {QStringLiteral("crossfadeDuration"), decimalText(crossfadeDuration)},
-        {QStringLiteral("displayMode"), gridOptionLabel(gridOptionFromRaw(displayModeRaw))},
-        {QStringLiteral("liveMode"), boolText(liveMode)},
-        {QStringLiteral("audioEnabled"), boolText(audioTracks > 0)},
-        {QStringLiteral("audioTracksCount"), QString::number(audioTracks)},
-        {QStringLiteral("overlayEnabled"), boolText(overlayEnabled)},
-    };
-}
-
-QString decimalText(double value)
-{
-    QString text = QString::number(value, 'g', QLocale::FloatingPointShortest);
-    if (!text.contains(QLatin1Char('.')) && !text.contains(QLatin1Char('e')) && !text.contains(QLatin1Char('n')))
-        text += QStringLiteral(".0");
-    return text;
 }
 
 } // namespace tb

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "SlideshowView.h"
-#include "core/Analytics.h"
+#include "PlayerPresenter.h"
 
 #include <QList>
 
@@ -9,30 +8,13 @@
 
 namespace tb {
 
+class Analytics;
 class Queue;
 class RandomSource;
 class SettingsStore;
 class SlideshowAudio;
 class SlideshowManager;
 class UserDialogs;
-
-// Everything a show's window is built from, read from the settings at the moment of start.
-struct ShowRequest {
-    bool screensaverMode = false;
-    GridOption grid = GridOption::none;
-    SlideshowConfiguration single;
-    int selectedDisplayID = 0;
-    bool startInWindowedMode = false;
-    bool floatOnTop = false;
-    bool syncGridTransitions = false;
-};
-
-// Builds the player and its window on the chosen screen.
-class PlayerPresenter {
-public:
-    virtual ~PlayerPresenter() = default;
-    virtual void present(const ShowRequest& request, std::shared_ptr<Queue> queue) = 0;
-};
 
 // The main window's side of a show: the Start command, the screen-saver start and the start path
 // up to the player's window. The queue, with its starting point, is the main window's; the
@@ -69,13 +51,5 @@ private:
     QList<int> shuffled;
     int shuffledIndex = 0;
 };
-
-// "slideshowStarted": every value a string.
-Segmentation slideshowStartedSegmentation(int queueSize, double delay, bool loop, bool shuffle,
-                                          const QString& transitionType, double crossfadeDuration, int displayModeRaw,
-                                          bool liveMode, int audioTracks, bool overlayEnabled);
-
-// A real number as the analytics server has always received it: "3.0", "2.5".
-QString decimalText(double value);
 
 } // namespace tb

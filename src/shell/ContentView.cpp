@@ -70,7 +70,9 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
     auto* queueArea = new QVBoxLayout;
     columns->addLayout(queueArea, 1);
     controls = new ControlsColumn(
-        services, [this] { return fileIntake->selectedFolderURL(); }, content);
+        ControlsColumn::Services{services.settings, services.slideshowManager, services.fileRevealer, services.updater,
+                                 services.dialogs},
+        [this] { return fileIntake->selectedFolderURL(); }, content);
     auto* controlsScroll = new QScrollArea(content);
     controlsScroll->setWidget(controls);
     controlsScroll->setWidgetResizable(true);

@@ -1,6 +1,6 @@
 #include "ControlsColumn.h"
 
-#include "AppServices.h"
+#include "KeyboardShortcutsView.h"
 #include "UpdaterControllerWrapper.h"
 #include "core/FileRevealer.h"
 #include "core/Logger.h"
@@ -18,12 +18,10 @@
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
-#include <QHeaderView>
 #include <QLabel>
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QStyle>
-#include <QTableWidget>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -80,8 +78,7 @@ QCheckBox* toggle(QWidget* parent, const QString& text)
 
 } // namespace
 
-ControlsColumn::ControlsColumn(AppServices& services, std::function<std::optional<QUrl>()> selectedFolder,
-                               QWidget* parent)
+ControlsColumn::ControlsColumn(Services services, std::function<std::optional<QUrl>()> selectedFolder, QWidget* parent)
     : QWidget(parent), services(services), selectedFolder(std::move(selectedFolder))
 {
     auto* column = new QVBoxLayout(this);
@@ -349,41 +346,6 @@ void ControlsColumn::showKeyboardShortcuts()
     connect(close, &QPushButton::clicked, dialog, &QDialog::accept);
     layout->addWidget(close, 0, Qt::AlignRight);
     dialog->open();
-}
-
-KeyboardShortcutsView::KeyboardShortcutsView(QWidget* parent) : QWidget(parent)
-{
-    const auto rows = shortcuts();
-    auto* table = new QTableWidget(int(rows.size()), 2, this);
-    table->setObjectName(QStringLiteral("shortcuts"));
-    table->setHorizontalHeaderLabels({QStringLiteral("Key"), QStringLiteral("Action")});
-    table->verticalHeader()->hide();
-    table->horizontalHeader()->setStretchLastSection(true);
-    table->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    table->setSelectionMode(QAbstractItemView::NoSelection);
-    for (int row = 0; row < rows.size(); ++row) {
-        table->setItem(row, 0, new QTableWidgetItem(rows[row].first));
-        table->setItem(row, 1, new QTableWidgetItem(rows[row].second));
-    }
-    table->resizeColumnToContents(0);
-    table->setMinimumSize(320, table->verticalHeader()->length() + table->horizontalHeader()->height() + 4);
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(table);
-}
-
-QList<std::pair<QString, QString>> KeyboardShortcutsView::shortcuts()
-{
-    return {
-        {QStringLiteral("Space"), QStringLiteral("Pause/Resume slideshow")},
-        {QStringLiteral("Esc"), QStringLiteral("Exit slideshow")},
-        {QStringLiteral("→"), QStringLiteral("Next file")},
-        {QStringLiteral("←"), QStringLiteral("Previous file")},
-        {QStringLiteral("i"), QStringLiteral("Show/hide file information")},
-        {QStringLiteral("t"), QStringLiteral("Show/hide countdown timer")},
-        {QStringLiteral("f"), QStringLiteral("Toggle full-screen mode")},
-        {QStringLiteral("r"), QStringLiteral("Reveal file in File Manager")},
-    };
 }
 
 } // namespace tb

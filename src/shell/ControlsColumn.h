@@ -14,7 +14,11 @@ class QPushButton;
 
 namespace tb {
 
-struct AppServices;
+class FileRevealer;
+class SettingsStore;
+class SlideshowManager;
+class UpdaterControllerWrapper;
+class UserDialogs;
 
 // The main window's column of controls, top to bottom: adding media, live mode, the show's
 // settings, the keyboard hints, Start, export, the screen-saver status and the version. Most
@@ -23,9 +27,16 @@ struct AppServices;
 class ControlsColumn final : public QWidget {
     Q_OBJECT
 public:
+    struct Services {
+        SettingsStore& settings;
+        SlideshowManager& slideshowManager;
+        FileRevealer& fileRevealer;
+        UpdaterControllerWrapper& updater;
+        UserDialogs& dialogs;
+    };
+
     // selectedFolder gives the folder of the last dialog run, when it chose exactly one.
-    ControlsColumn(AppServices& services, std::function<std::optional<QUrl>()> selectedFolder,
-                   QWidget* parent = nullptr);
+    ControlsColumn(Services services, std::function<std::optional<QUrl>()> selectedFolder, QWidget* parent = nullptr);
 
     QComboBox* sortPicker() const { return sortBy; }
     QPushButton* startButton() const { return start; }
@@ -49,7 +60,7 @@ private:
     void showScreenSaverStatus();
     void showKeyboardShortcuts();
 
-    AppServices& services;
+    Services services;
     std::function<std::optional<QUrl>()> selectedFolder;
     QLabel* totals = nullptr;
     QCheckBox* liveMode = nullptr;
@@ -65,15 +76,6 @@ private:
     QWidget* runningWarning = nullptr;
     QWidget* screenSaverStatus = nullptr;
     QLabel* screenSaverText = nullptr;
-};
-
-// The table of every key the players understand.
-class KeyboardShortcutsView final : public QWidget {
-    Q_OBJECT
-public:
-    explicit KeyboardShortcutsView(QWidget* parent = nullptr);
-    // Key and meaning, in the order shown.
-    static QList<std::pair<QString, QString>> shortcuts();
 };
 
 } // namespace tb
