@@ -36,8 +36,8 @@ namespace {
 
 class NoHold final : public tb::SleepInhibitor {
 public:
-    std::variant<quint32, QString> inhibit(const QString&) override { return quint32(1); }
-    std::optional<QString> uninhibit(quint32) override { return std::nullopt; }
+    void inhibit(const QString&, Inhibited done) override { done(quint32(1)); }
+    void uninhibit(quint32, Released done) override { done(std::nullopt); }
 };
 
 // Waits, running the event loop, until the condition holds or the time is up.
@@ -155,10 +155,10 @@ int main(int argc, char* argv[])
         QTimer sampler;
         QObject::connect(&sampler, &QTimer::timeout, [&] { peak = std::max(peak, resident()); });
         sampler.start(50);
+        // A held key repeats about 25 times a second.
+        int presses = 0;
+        QTimer key;
         if (mode == QLatin1String("arrows")) {
-            // A held key repeats about 25 times a second.
-            int presses = 0;
-            QTimer key;
             QObject::connect(&key, &QTimer::timeout, [&] {
                 if (++presses <= 400)
                     player->handleKey(Qt::Key_Right);

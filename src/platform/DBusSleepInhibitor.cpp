@@ -2,7 +2,8 @@
 
 #include <QDBusConnection>
 #include <QDBusMessage>
-#include <QDBusReply>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
 
 namespace tb {
 
@@ -15,35 +16,55 @@ QDBusMessage screenSaverCall(const QString& method)
                                           QStringLiteral("org.freedesktop.ScreenSaver"), method);
 }
 
-// Without a desktop session the bus is absent; calls must not stall a show's start.
+// A desktop that does not answer within this gives the hold up as failed.
 constexpr int callTimeoutMs = 2000;
+
+const QString disconnected = QStringLiteral("org.freedesktop.DBus.Error.Disconnected");
+
+// Sends the call and hands its reply to `answered` on the GUI thread.
+void send(const QDBusMessage& call, std::function<void(const QDBusPendingCall&)> answered)
+{
+    auto* watcher = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(call, callTimeoutMs));
+    QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher,
+                     [answered = std::move(answered)](QDBusPendingCallWatcher* finished) {
+                         answered(*finished);
+                         finished->deleteLater();
+                     });
+}
 
 } // namespace
 
-std::variant<quint32, QString> DBusSleepInhibitor::inhibit(const QString& reason)
+void DBusSleepInhibitor::inhibit(const QString& reason, Inhibited done)
 {
-    QDBusConnection bus = QDBusConnection::sessionBus();
-    if (!bus.isConnected())
-        return QStringLiteral("org.freedesktop.DBus.Error.Disconnected");
+    if (!QDBusConnection::sessionBus().isConnected()) {
+        done(disconnected);
+        return;
+    }
     QDBusMessage call = screenSaverCall(QStringLiteral("Inhibit"));
     call << QStringLiteral("Tallowbrook") << reason;
-    const QDBusReply<quint32> reply = bus.call(call, QDBus::Block, callTimeoutMs);
-    if (!reply.isValid())
-        return reply.error().name();
-    return reply.value();
+    send(call, [done = std::move(done)](const QDBusPendingCall& answer) {
+        const QDBusPendingReply<quint32> reply = answer;
+        if (reply.isError())
+            done(reply.error().name());
+        else
+            done(reply.value());
+    });
 }
 
-std::optional<QString> DBusSleepInhibitor::uninhibit(quint32 id)
+void DBusSleepInhibitor::uninhibit(quint32 id, Released done)
 {
-    QDBusConnection bus = QDBusConnection::sessionBus();
-    if (!bus.isConnected())
-        return QStringLiteral("org.freedesktop.DBus.Error.Disconnected");
+    if (!QDBusConnection::sessionBus().isConnected()) {
+        done(disconnected);
+        return;
+    }
     QDBusMessage call = screenSaverCall(QStringLiteral("UnInhibit"));
     call << id;
-    const QDBusMessage reply = bus.call(call, QDBus::Block, callTimeoutMs);
-    if (reply.type() == QDBusMessage::ErrorMessage)
-        return reply.errorName();
-    return std::nullopt;
+    send(call, [done = std::move(done)](const QDBusPendingCall& answer) {
+        if (answer.isError())
+            done(answer.error().name());
+        else
+            done(std::nullopt);
+    });
 }
 
 } // namespace tb

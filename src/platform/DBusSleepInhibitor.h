@@ -4,12 +4,12 @@
 
 namespace tb {
 
-// org.freedesktop.ScreenSaver.Inhibit / UnInhibit on the session bus; the cookie is the id and a
-// D-Bus error's name is the error code.
+// org.freedesktop.ScreenSaver.Inhibit / UnInhibit on the session bus, asked without waiting;
+// the cookie is the id and a D-Bus error's name is the error code.
 class DBusSleepInhibitor final : public SleepInhibitor {
 public:
-    std::variant<quint32, QString> inhibit(const QString& reason) override;
-    std::optional<QString> uninhibit(quint32 id) override;
+    void inhibit(const QString& reason, Inhibited done) override;
+    void uninhibit(quint32 id, Released done) override;
 };
 
 } // namespace tb

@@ -390,8 +390,12 @@ void ContentView::buildMenus()
     addCommand(file, QStringLiteral("Save Slideshow..."), QKeySequence(Qt::CTRL | Qt::Key_S),
                post(Command::saveSlideshow));
     file->addSeparator();
-    addCommand(file, QStringLiteral("Start Slideshow"), QKeySequence(Qt::CTRL | Qt::Key_R),
-               post(Command::startSlideshow));
+    QAction* start = addCommand(file, QStringLiteral("Start Slideshow"), QKeySequence(Qt::CTRL | Qt::Key_R),
+                                post(Command::startSlideshow));
+    // As the Start button: no second show over a running one.
+    start->setEnabled(!services.slideshowManager.isSlideshowRunning());
+    connect(&services.slideshowManager, &SlideshowManager::isSlideshowRunningChanged, start,
+            [start](bool running) { start->setEnabled(!running); });
     file->addSeparator();
     addCommand(file, tr("Close Window"), QKeySequence::Close, [this] { close(); });
     addCommand(file, tr("Quit"), QKeySequence::Quit, [] { QApplication::closeAllWindows(); });

@@ -274,3 +274,23 @@ TEST(SleepPreventer, HoldsAndReleasesWithItsLogLines)
     EXPECT_EQ(log.messages(LogLevel::Info).last(),
               QStringLiteral("Failed to allow display sleep (error code: org.freedesktop.DBus.Error.NoReply)"));
 }
+
+// The desktop answers later: a show that ends before the hold is granted still releases it.
+TEST(SleepPreventer, AReleaseAskedBeforeTheHoldIsGrantedFollowsIt)
+{
+    LogCapture log;
+    FakeInhibitor inhibitor;
+    inhibitor.deferred = true;
+    {
+        SleepPreventer preventer(inhibitor);
+        preventer.preventSleep();
+        preventer.allowSleep();
+        preventer.allowSleep();
+    }
+    EXPECT_TRUE(inhibitor.released.isEmpty());
+    inhibitor.answerAll();
+    EXPECT_EQ(inhibitor.released, QList<quint32>{41}) << "once";
+    EXPECT_EQ(log.messages(LogLevel::Info),
+              (QStringList{QStringLiteral("Display sleep prevented (assertionID: 41)"),
+                           QStringLiteral("Display sleep allowed (released assertionID: 41)")}));
+}

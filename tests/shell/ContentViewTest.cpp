@@ -101,6 +101,13 @@ TEST_F(ContentViewTest, MenusCarryTheirTitlesAndShortcuts)
 
     findAction(window, QStringLiteral("Check for updates…"))->trigger();
     EXPECT_EQ(promptTitles().last(), QStringLiteral("Check for Updates"));
+
+    // No second show over a running one, from the menu either.
+    QAction* start = findAction(window, QStringLiteral("Start Slideshow"));
+    slideshowManager.setSlideshowRunning(true);
+    EXPECT_FALSE(start->isEnabled());
+    slideshowManager.setSlideshowRunning(false);
+    EXPECT_TRUE(start->isEnabled());
 }
 
 TEST_F(ContentViewTest, FloatOnTopFollowsTheSettingButIsNotAppliedAtStart)

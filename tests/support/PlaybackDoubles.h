@@ -11,6 +11,7 @@
 #include <QUuid>
 
 #include <atomic>
+#include <functional>
 #include <random>
 
 namespace tb::test {
@@ -70,24 +71,48 @@ public:
     QList<int> preloads;
 };
 
+// Answers at once, or, when deferred, when told to.
 class FakeInhibitor final : public SleepInhibitor {
 public:
-    std::variant<quint32, QString> inhibit(const QString&) override
+    void inhibit(const QString&, Inhibited done) override
     {
-        if (!failure.isEmpty())
-            return failure;
-        return ++lastCookie;
+        answer([this, done] {
+            if (!failure.isEmpty())
+                done(failure);
+            else
+                done(++lastCookie);
+        });
     }
-    std::optional<QString> uninhibit(quint32 id) override
+    void uninhibit(quint32 id, Released done) override
     {
-        if (!failure.isEmpty())
-            return failure;
-        released.append(id);
-        return std::nullopt;
+        answer([this, id, done] {
+            if (!failure.isEmpty()) {
+                done(failure);
+                return;
+            }
+            released.append(id);
+            done(std::nullopt);
+        });
+    }
+    void answerAll()
+    {
+        while (!waiting.isEmpty())
+            waiting.takeFirst()();
     }
     QString failure;
     quint32 lastCookie = 40;
     QList<quint32> released;
+    bool deferred = false;
+    QList<std::function<void()>> waiting;
+
+private:
+    void answer(std::function<void()> fn)
+    {
+        if (deferred)
+            waiting.append(std::move(fn));
+        else
+            fn();
+    }
 };
 
 class SeededRandom final : public RandomSource {
