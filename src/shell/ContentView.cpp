@@ -325,8 +325,15 @@ void ContentView::dropEvent(QDropEvent* event)
 {
     if (!event->mimeData()->hasUrls())
         return;
-    event->acceptProposedAction();
+    // The dragging program hands its data over only now; one that does not deliver it in time
+    // leaves no files. Such a drop is refused, so the other program does not report it done.
     const QList<QUrl> urls = event->mimeData()->urls();
+    if (urls.isEmpty()) {
+        logWarning(QStringLiteral("Drop refused: the dragging program did not deliver its file list."));
+        event->ignore();
+        return;
+    }
+    event->acceptProposedAction();
     // Asking about subfolders inside the drop would block the dragging application.
     QMetaObject::invokeMethod(
         this, [this, urls] { fileIntake->handleDrop(urls); }, Qt::QueuedConnection);

@@ -29,6 +29,12 @@ protected:
         auto* mime = new QMimeData;
         mime->setUrls(urls);
         drag->setMimeData(mime);
+        // What the pointer is over says whether it would take the drop: the test releases the
+        // button only once a target has said yes.
+        connect(drag, &QDrag::actionChanged, this, [](Qt::DropAction action) {
+            std::printf("target %s\n", action == Qt::CopyAction ? "accepts" : "refuses");
+            std::fflush(stdout);
+        });
         const Qt::DropAction action = drag->exec(Qt::CopyAction);
         std::printf("drag ended: %s\n", action == Qt::CopyAction ? "copied" : "ignored");
         std::fflush(stdout);
@@ -51,5 +57,12 @@ int main(int argc, char* argv[])
     DragSource source(urls);
     source.setGeometry(QString::fromLatin1(argv[1]).toInt(), QString::fromLatin1(argv[2]).toInt(), 200, 100);
     source.show();
+    QMetaObject::invokeMethod(
+        &app,
+        [] {
+            std::printf("ready\n");
+            std::fflush(stdout);
+        },
+        Qt::QueuedConnection);
     return app.exec();
 }

@@ -1,20 +1,27 @@
-# Shared set-up of the end-to-end tests: a virtual X display, a private home for the program,
-# and small helpers. Source it with the test's own arguments: <tallowbrook binary> <shots folder>.
+# Shared set-up of the end-to-end tests: a virtual X display of the test's own, a private home
+# for the program, and small helpers. Source it with the test's own arguments:
+# <tallowbrook binary> <shots folder>.
 app=$(realpath "$1")
 shots=${2:-.}
 
-if [ -z "${TB_E2E_INSIDE:-}" ]; then
-  export TB_E2E_INSIDE=1
-  exec xvfb-run -a -s "-screen 0 1280x900x24" bash "$0" "$@"
-fi
-
 work=$(mktemp -d)
 pid=""
+xvfb=""
 cleanup() {
   [ -n "$pid" ] && kill "$pid" 2>/dev/null || true
+  [ -n "$xvfb" ] && kill "$xvfb" 2>/dev/null || true
   rm -rf "$work"
 }
 trap cleanup EXIT
+
+# The server picks a free display number itself and writes it once it is ready, so tests running
+# side by side never share a display (choosing a number from lock files, as xvfb-run -a does,
+# races: two tests could take the same one and drop onto each other's windows).
+Xvfb -displayfd 3 -screen 0 1280x900x24 -nolisten tcp 3>"$work/display" 2>"$work/xvfb.txt" &
+xvfb=$!
+for _ in $(seq 1 300); do [ -s "$work/display" ] && break; sleep 0.1; done
+[ -s "$work/display" ] || { echo "e2e: FAILED: no virtual display ($(cat "$work/xvfb.txt"))"; exit 1; }
+export DISPLAY=:$(head -n 1 "$work/display")
 export XDG_DATA_HOME=$work/data XDG_CONFIG_HOME=$work/config XDG_RUNTIME_DIR=$work/run
 mkdir -p "$XDG_DATA_HOME" "$XDG_CONFIG_HOME" "$XDG_RUNTIME_DIR"
 chmod 700 "$XDG_RUNTIME_DIR"

@@ -9,8 +9,15 @@ startProgram
 
 waitFor "grep -q 'OS Version: ' '$log' 2>/dev/null" || fail "the log did not open"
 waitFor "xwininfo -root -tree | grep -q '\"Tallowbrook\"'" || fail "no main window on screen"
-sleep 1 # let the first frame reach the screen
-import -window root "$work/shot.png"
+# The window paints a light surface over the black root once its first frame is up: not blank,
+# not black.
+painted() {
+  import -window root "$work/shot.png" || return 1
+  mean=$(convert "$work/shot.png" -colorspace Gray -format '%[fx:mean]' info:)
+  spread=$(convert "$work/shot.png" -colorspace Gray -format '%[fx:standard_deviation]' info:)
+  awk -v m="$mean" -v s="$spread" 'BEGIN { exit !(m > 0.25 && s > 0.05) }'
+}
+waitFor painted || fail "screenshot looks blank (mean $mean, deviation $spread)"
 cp "$work/shot.png" "$shots/e2e-main-window.png"
 
 for line in "=== Tallowbrook Log Started ===" "App Version: " "OS Version: "; do
@@ -18,11 +25,6 @@ for line in "=== Tallowbrook Log Started ===" "App Version: " "OS Version: "; do
 done
 [ "$(head -n 1 "$log" | grep -c 'Tallowbrook Log Started')" = 1 ] || fail "the log does not open with its banner"
 
-# The window paints a light surface over the black root: not blank, not black.
-mean=$(convert "$work/shot.png" -colorspace Gray -format '%[fx:mean]' info:)
-spread=$(convert "$work/shot.png" -colorspace Gray -format '%[fx:standard_deviation]' info:)
-awk -v m="$mean" -v s="$spread" 'BEGIN { exit !(m > 0.25 && s > 0.05) }' ||
-  fail "screenshot looks blank (mean $mean, deviation $spread)"
 
 # A second launch with a document hands it over and leaves at once.
 touch "$work/Trip.slideshow"
