@@ -9,9 +9,13 @@ PictureClient::PictureClient(PictureService& service, int preloadThreads, int pr
 {
 }
 
+// What a decode finished after the owner's last clear brought in goes too: nobody will show it.
 PictureClient::~PictureClient()
 {
     preloads.drain();
+    clearPictures();
+    clearThumbnails();
+    clearVideoThumbnails();
     service.releaseFreeMemory();
 }
 

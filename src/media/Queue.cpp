@@ -165,6 +165,7 @@ void Queue::setStartingImageId(const std::optional<QUuid>& id)
 void Queue::renewRefreshID()
 {
     refresh = QUuid::createUuid();
+    anchor.reset();
     Q_EMIT refreshIDChanged();
 }
 

@@ -56,11 +56,14 @@ public:
     // The table's own selection, taken as it is; the anchor stays.
     void setSelectedIds(const QSet<QUuid>& ids);
     void clearSelection();
+    // The next shift-click spans from nowhere; the selection stays. The grid's form changing
+    // or the grid being rebuilt does this.
+    void forgetAnchor() { anchor.reset(); }
 
     const std::optional<QUuid>& startingImageId() const { return start; }
     void setStartingImageId(const std::optional<QUuid>& id);
 
-    // A new token makes the grid rebuild and reload every thumbnail.
+    // A new token makes the grid rebuild and reload every thumbnail, and forgets the anchor.
     const QUuid& refreshID() const { return refresh; }
     void renewRefreshID();
 

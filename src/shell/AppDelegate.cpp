@@ -37,10 +37,7 @@ AppDelegate::~AppDelegate()
 void AppDelegate::applicationDidFinishLaunching()
 {
     qApp->installEventFilter(this);
-    connect(qApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
-        if (state == Qt::ApplicationHidden)
-            appDidHide();
-    });
+    connect(qApp, &QGuiApplication::applicationStateChanged, this, &AppDelegate::applicationStateChanged);
     connect(qApp, &QCoreApplication::aboutToQuit, this, &AppDelegate::applicationWillTerminate);
 }
 
@@ -67,6 +64,16 @@ bool anyWindowShown()
     return std::any_of(windows.begin(), windows.end(), [](const QWindow* window) {
         return window->isVisible() && !(window->windowStates() & Qt::WindowMinimized);
     });
+}
+
+void AppDelegate::applicationStateChanged(Qt::ApplicationState state)
+{
+    const bool wasHidden = hidden;
+    hidden = state == Qt::ApplicationHidden;
+    if (hidden && !wasHidden)
+        appDidHide();
+    else if (wasHidden && !hidden)
+        appDidUnhide();
 }
 
 void AppDelegate::appDidHide() { analytics.endSession(); }

@@ -30,6 +30,8 @@ public:
     void openUrls(const QList<QUrl>& urls);
     void applicationWillTerminate();
 
+    // The program hidden and shown again as a whole: the analytics session ends and begins.
+    void applicationStateChanged(Qt::ApplicationState state);
     void appDidHide();
     void appDidUnhide();
     // Ends the analytics session only when no window is left on screen.
@@ -40,6 +42,7 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    bool hidden = false;
     Analytics& analytics;
     SettingsStore& settings;
     CommandBus& commands;

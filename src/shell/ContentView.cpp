@@ -8,6 +8,7 @@
 #include "QueueTableModel.h"
 #include "QueueView.h"
 #include "ScreenPlayerPresenter.h"
+#include "Toast.h"
 #include "UpdaterControllerWrapper.h"
 #include "core/Logger.h"
 #include "core/Scheduler.h"
@@ -26,9 +27,11 @@
 #include <QComboBox>
 #include <QDragEnterEvent>
 #include <QDropEvent>
+#include <QFrame>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
+#include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
 #include <QProgressBar>
@@ -137,10 +140,18 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
     table->setSelectionBehavior(QAbstractItemView::SelectRows);
     table->setSelectionMode(QAbstractItemView::ExtendedSelection);
     table->verticalHeader()->hide();
-    table->horizontalHeader()->setStretchLastSection(true);
-    table->setColumnWidth(0, 300);
-    table->setColumnWidth(1, 120);
     table->setAccessibleName(QStringLiteral("Queue"));
+    followColumnWidths(table);
+    // The same starting-point entry as the grid's.
+    table->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(table, &QTableView::customContextMenuRequested, this, [this](const QPoint& at) {
+        const QModelIndex index = table->indexAt(at);
+        if (!index.isValid())
+            return;
+        QMenu menu(table);
+        addStartingPointEntry(menu, *items, index.data(Qt::UserRole).toUuid());
+        menu.exec(table->viewport()->mapToGlobal(at));
+    });
     // One selection for both forms: the table's follows the queue's, and sets it.
     connect(table->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
         if (followingSelection)
@@ -151,6 +162,11 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
         items->setSelectedIds(ids);
     });
     connect(items.get(), &Queue::selectionChanged, this, &ContentView::showSelectionInTable);
+    // The panel's drop highlight while files are dragged over the window.
+    dropHighlight = new QFrame(queuePanel);
+    dropHighlight->setStyleSheet(QStringLiteral("border: 3px solid #2f7bf5; border-radius: 8px;"));
+    dropHighlight->setAttribute(Qt::WA_TransparentForMouseEvents);
+    dropHighlight->hide();
     queuePanel->addWidget(placeholder);
     queuePanel->addWidget(grid);
     queuePanel->addWidget(table);
@@ -161,11 +177,7 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
     connect(items.get(), &Queue::wasReset, this, &ContentView::showQueue);
     connect(fileIntake.get(), &FileIntake::loadingChanged, this, [this] { showQueue(); });
     connect(fileIntake.get(), &FileIntake::itemsAdded, this, [this] { showTotals(); });
-    toast = new QLabel(this);
-    toast->setAlignment(Qt::AlignCenter);
-    toast->setStyleSheet(QStringLiteral("background: rgba(0, 0, 0, 160); color: white; border-radius: 10px; "
-                                        "padding: 8px 16px;"));
-    toast->hide();
+    toast = new Toast(services.scheduler, this);
     connect(fileIntake.get(), &FileIntake::toast, this, &ContentView::showToast);
     showQueue();
 
@@ -204,30 +216,49 @@ void ContentView::showQueue()
         part->setVisible(!fileIntake->isLoading());
     for (QWidget* part : loadingParts)
         part->setVisible(fileIntake->isLoading());
-    if (items->isEmpty())
-        queuePanel->setCurrentIndex(0);
-    else
-        queuePanel->setCurrentWidget(isGridShown() ? static_cast<QWidget*>(grid) : table);
+    QWidget* form = items->isEmpty() ? queuePanel->widget(0) : isGridShown() ? static_cast<QWidget*>(grid) : table;
+    if (form != queuePanel->currentWidget()) {
+        // A change of form forgets the anchor of shift-clicks and any drag; the selection stays.
+        items->forgetAnchor();
+        grid->forgetDrag();
+        queuePanel->setCurrentWidget(form);
+    }
 }
 
-void ContentView::showToast(const QString& message)
+void ContentView::followColumnWidths(QTableView* view)
 {
-    toast->setText(message);
-    toast->setAccessibleName(message);
-    toast->adjustSize();
-    toast->move((width() - toast->width()) / 2, height() - toast->height() - 80);
-    toast->raise();
-    toast->show();
-    services.scheduler.cancel(toastTask);
-    toastTask = services.scheduler.after(2.0, [this] {
-        toastTask = 0;
-        toast->hide();
+    // Filename, Created, Path: minimum, ideal and maximum widths (0: none).
+    struct Width {
+        int minimum, ideal, maximum;
+    };
+    static constexpr Width widths[] = {{100, 300, 0}, {80, 120, 300}, {150, 400, 0}};
+    QHeaderView* header = view->horizontalHeader();
+    header->setStretchLastSection(true);
+    for (int column = 0; column < 3; ++column)
+        view->setColumnWidth(column, widths[column].ideal);
+    connect(header, &QHeaderView::sectionResized, header, [header](int column, int, int size) {
+        if (column < 0 || column > 2)
+            return;
+        const Width& w = widths[column];
+        const int held = std::max(w.minimum, w.maximum > 0 ? std::min(size, w.maximum) : size);
+        if (held != size)
+            header->resizeSection(column, held);
     });
 }
 
+void ContentView::setDraggingOver(bool over)
+{
+    draggingOver = over;
+    dropHighlight->setGeometry(queuePanel->rect());
+    dropHighlight->setVisible(over);
+    dropHighlight->raise();
+}
+
+void ContentView::showToast(const QString& message) { toast->showMessage(message); }
+
 QString ContentView::toastText() const { return toast->text(); }
 
-bool ContentView::isToastShown() const { return toast->isVisible(); }
+bool ContentView::isToastShown() const { return toast->isShown(); }
 
 void ContentView::showTotals() { controls->setTotalFilesAdded(fileIntake->totalPhotosAdded()); }
 
@@ -302,7 +333,6 @@ void ContentView::removeAll()
 
 ContentView::~ContentView()
 {
-    services.scheduler.cancel(toastTask);
     sessionControl.reset();
     playerPresenter.reset();
     fileIntake.reset();
@@ -317,12 +347,21 @@ ContentView::~ContentView()
 // Files and folders dropped anywhere on the window join the queue.
 void ContentView::dragEnterEvent(QDragEnterEvent* event)
 {
-    if (event->mimeData()->hasUrls())
-        event->acceptProposedAction();
+    if (!event->mimeData()->hasUrls())
+        return;
+    event->acceptProposedAction();
+    setDraggingOver(true);
+}
+
+void ContentView::dragLeaveEvent(QDragLeaveEvent* event)
+{
+    setDraggingOver(false);
+    QMainWindow::dragLeaveEvent(event);
 }
 
 void ContentView::dropEvent(QDropEvent* event)
 {
+    setDraggingOver(false);
     if (!event->mimeData()->hasUrls())
         return;
     // The dragging program hands its data over only now; one that does not deliver it in time

@@ -7,6 +7,7 @@
 
 class QAction;
 class QComboBox;
+class QFrame;
 class QLabel;
 class QPushButton;
 class QStackedWidget;
@@ -25,6 +26,7 @@ class QueueTableModel;
 class QueueView;
 class ScreenPlayerPresenter;
 class SessionControl;
+class Toast;
 
 // A main window: its own queue and controls, the shared services, and the program's menus.
 // Every open main window reacts to every command posted on the bus.
@@ -46,6 +48,8 @@ public:
     void showToast(const QString& message);
     QString toastText() const;
     bool isToastShown() const;
+    // While files are dragged over the window, the queue panel shows its drop highlight.
+    bool isDraggingOver() const { return draggingOver; }
 
     // Live mode saw `count` files leave the watched folder: the queue keeps only what is still
     // there, when the last dialog chose that one folder, and a toast tells how many went.
@@ -66,6 +70,7 @@ Q_SIGNALS:
 protected:
     void showEvent(QShowEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragLeaveEvent(QDragLeaveEvent* event) override;
     void dropEvent(QDropEvent* event) override;
 
 private:
@@ -90,11 +95,14 @@ private:
     QTableView* table = nullptr;
     QPushButton* hideThumbnailsButton = nullptr;
     QPushButton* trashButton = nullptr;
-    QLabel* toast = nullptr;
-    quint64 toastTask = 0;
+    Toast* toast = nullptr;
     void showQueue();
     void showTotals();
     void showSelectionInTable();
+    void followColumnWidths(QTableView* view);
+    void setDraggingOver(bool over);
+    bool draggingOver = false;
+    QFrame* dropHighlight = nullptr;
     bool isGridShown() const;
     bool followingSelection = false;
     void confirmDeletion();

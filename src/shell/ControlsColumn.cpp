@@ -157,7 +157,7 @@ ControlsColumn::ControlsColumn(Services services, std::function<std::optional<QU
         transitions.append(transitionTypeRaw(type));
     transition = picker(QStringLiteral("Transition:"), transitions);
     delay = new QDoubleSpinBox(settingsGroup);
-    delay->setRange(0.1, 3600.0);
+    delay->setRange(1.0, 9999.0);
     delay->setDecimals(1);
     delay->setSingleStep(1.0);
     delay->setAccessibleName(QStringLiteral("Delay (in sec):"));

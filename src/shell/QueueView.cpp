@@ -12,6 +12,7 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QStyledItemDelegate>
+#include <QVariantAnimation>
 
 namespace tb {
 
@@ -21,7 +22,9 @@ constexpr int cellSide = QueueModel::cellSide;
 
 class CellDelegate final : public QStyledItemDelegate {
 public:
-    CellDelegate(SettingsStore& settings, QObject* parent) : QStyledItemDelegate(parent), settings(settings) {}
+    CellDelegate(SettingsStore& settings, QueueView* view) : QStyledItemDelegate(view), settings(settings), view(view)
+    {
+    }
 
     QSize sizeHint(const QStyleOptionViewItem&, const QModelIndex&) const override
     {
@@ -30,10 +33,13 @@ public:
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override
     {
+        if (view->isMoving(index))
+            return; // the view draws it on its way
         painter->save();
         painter->setRenderHint(QPainter::Antialiasing);
         const QRect cell = option.rect.adjusted(5, 5, -5, -5);
-        const QRect frame(cell.topLeft(), QSize(cellSide, cellSide));
+        // The thumbnail keeps its 150 points, centred in a column that may be wider.
+        const QRect frame(QPoint(cell.center().x() - cellSide / 2, cell.top()), QSize(cellSide, cellSide));
         const QPixmap thumbnail = index.data(Qt::DecorationRole).value<QPixmap>();
         if (!thumbnail.isNull()) {
             const QSize fitted = thumbnail.size().scaled(frame.size(), Qt::KeepAspectRatio);
@@ -43,7 +49,10 @@ public:
             painter->fillRect(frame.adjusted(2, 2, -2, -2), option.palette.alternateBase());
         }
         const bool selected = index.data(QueueModel::IsSelectedRole).toBool();
-        painter->setPen(QPen(selected ? QColor(Qt::blue) : QColor(128, 128, 128, 77), selected ? 3 : 1));
+        const bool dropTarget = view->dropTarget() == index;
+        painter->setPen(QPen(selected || dropTarget ? QColor(Qt::blue) : QColor(128, 128, 128, 77), dropTarget ? 5
+                                                                                                    : selected ? 3
+                                                                                                               : 1));
         painter->setBrush(Qt::NoBrush);
         painter->drawRoundedRect(frame, 8, 8);
         auto badge = [painter](QPoint centre, QColor colour, const QString& glyph) {
@@ -63,7 +72,7 @@ public:
             badge(frame.bottomLeft() + QPoint(14, -14), QColor(60, 60, 60), QStringLiteral("▶"));
         if (showNames()) {
             painter->setPen(option.palette.color(QPalette::Text));
-            const QRect text(cell.left(), frame.bottom() + 2, cellSide, 20);
+            const QRect text(frame.left(), frame.bottom() + 2, cellSide, 20);
             painter->drawText(text, Qt::AlignHCenter | Qt::AlignVCenter,
                               option.fontMetrics.elidedText(index.data().toString(), Qt::ElideMiddle, cellSide));
         }
@@ -73,9 +82,20 @@ public:
 private:
     bool showNames() const { return settings.value(Settings::showFilenamesInThumbnails); }
     SettingsStore& settings;
+    QueueView* view;
 };
 
+constexpr int padding = 2;
+
 } // namespace
+
+void addStartingPointEntry(QMenu& menu, Queue& queue, const QUuid& id)
+{
+    if (queue.startingImageId() == id)
+        menu.addAction(QStringLiteral("Clear Starting Point"), &menu, [&queue] { queue.setStartingImageId({}); });
+    else
+        menu.addAction(QStringLiteral("Start Slideshow Here"), &menu, [&queue, id] { queue.setStartingImageId(id); });
+}
 
 QueueView::QueueView(QueueModel& model, SettingsStore& settings, QWidget* parent)
     : QListView(parent), queue(model), settings(settings)
@@ -92,9 +112,12 @@ QueueView::QueueView(QueueModel& model, SettingsStore& settings, QWidget* parent
     setSelectionMode(QAbstractItemView::NoSelection);
     // Drops reach an item view through its viewport.
     viewport()->setAcceptDrops(true);
-    setSpacing(2);
+    setSpacing(0);
+    setViewportMargins(padding, padding, padding, padding);
     setAccessibleName(QStringLiteral("Queue"));
     updateGrid();
+    // A rebuilt grid forgets the anchor and any drag, as a change of form does.
+    connect(&model.queue(), &Queue::refreshIDChanged, this, &QueueView::forgetDrag);
     connect(&settings, &SettingsStore::changed, this, [this](const QString& key) {
         if (key == QLatin1String(Settings::showFilenamesInThumbnails.name))
             updateGrid();
@@ -104,8 +127,25 @@ QueueView::QueueView(QueueModel& model, SettingsStore& settings, QWidget* parent
 void QueueView::updateGrid()
 {
     const bool names = settings.value(Settings::showFilenamesInThumbnails);
-    setGridSize(QSize(cellSide + 10, cellSide + (names ? 28 : 10)));
+    // As many columns of at least a cell and its margin as fit, sharing the width between them.
+    const int minimum = cellSide + 10;
+    const int width = std::max(minimum, viewport()->width());
+    const int columns = std::max(1, width / minimum);
+    setGridSize(QSize(width / columns, cellSide + (names ? 28 : 10)));
     viewport()->update();
+}
+
+void QueueView::resizeEvent(QResizeEvent* event)
+{
+    QListView::resizeEvent(event);
+    updateGrid();
+}
+
+void QueueView::forgetDrag()
+{
+    dragged.reset();
+    pressed = QPersistentModelIndex();
+    setTarget({});
 }
 
 void QueueView::mousePressEvent(QMouseEvent* event)
@@ -117,6 +157,18 @@ void QueueView::mousePressEvent(QMouseEvent* event)
     }
     pressed = index;
     pressPosition = event->position().toPoint();
+}
+
+// A click is a press and a release on the same cell with no drag between.
+void QueueView::mouseReleaseEvent(QMouseEvent* event)
+{
+    const QModelIndex index = indexAt(event->position().toPoint());
+    if (event->button() != Qt::LeftButton || !pressed.isValid() || index != pressed) {
+        pressed = QPersistentModelIndex();
+        QListView::mouseReleaseEvent(event);
+        return;
+    }
+    pressed = QPersistentModelIndex();
     const auto modifiers = event->modifiers();
     queue.queue().click(index.data(QueueModel::ItemIdRole).toUuid(), modifiers & Qt::ShiftModifier,
                         modifiers & Qt::ControlModifier);
@@ -130,11 +182,13 @@ void QueueView::mouseMoveEvent(QMouseEvent* event)
         return;
     auto* drag = new QDrag(this);
     auto* mime = new QMimeData;
-    mime->setText(pressed.data(QueueModel::ItemIdRole).toUuid().toString(QUuid::WithoutBraces));
+    dragged = pressed.data(QueueModel::ItemIdRole).toUuid();
+    mime->setText(dragged->toString(QUuid::WithoutBraces));
     drag->setMimeData(mime);
     drag->setPixmap(pressed.data(Qt::DecorationRole).value<QPixmap>().scaled(64, 64, Qt::KeepAspectRatio));
     pressed = QPersistentModelIndex();
     drag->exec(Qt::MoveAction);
+    forgetDrag();
 }
 
 void QueueView::dragEnterEvent(QDragEnterEvent* event)
@@ -148,22 +202,94 @@ void QueueView::dragEnterEvent(QDragEnterEvent* event)
 
 void QueueView::dragMoveEvent(QDragMoveEvent* event)
 {
-    if (event->mimeData()->hasText() && !event->mimeData()->hasUrls())
+    if (event->mimeData()->hasText() && !event->mimeData()->hasUrls()) {
         event->acceptProposedAction();
-    else
+        setTarget(indexAt(event->position().toPoint()));
+    } else {
         event->ignore();
+    }
+}
+
+void QueueView::dragLeaveEvent(QDragLeaveEvent* event)
+{
+    setTarget({});
+    QListView::dragLeaveEvent(event);
+}
+
+void QueueView::setTarget(const QModelIndex& index)
+{
+    if (QModelIndex(target) == index)
+        return;
+    target = index;
+    viewport()->update();
 }
 
 void QueueView::dropEvent(QDropEvent* event)
 {
-    const QUuid dragged = QUuid::fromString(event->mimeData()->text().trimmed());
-    const QModelIndex target = indexAt(event->position().toPoint());
-    if (dragged.isNull() || !target.isValid() || event->mimeData()->hasUrls()) {
+    setTarget({});
+    const QUuid id = QUuid::fromString(event->mimeData()->text().trimmed());
+    const QModelIndex onto = indexAt(event->position().toPoint());
+    if (id.isNull() || !onto.isValid() || event->mimeData()->hasUrls()) {
         event->ignore();
         return;
     }
     event->acceptProposedAction();
-    queue.queue().move(dragged, target.data(QueueModel::ItemIdRole).toUuid());
+    const qsizetype from = queue.queue().indexOf(id);
+    const QRect start = from >= 0 ? visualRect(queue.index(int(from))) : QRect();
+    if (queue.queue().move(id, onto.data(QueueModel::ItemIdRole).toUuid()) && start.isValid())
+        glide(id, start);
+}
+
+bool QueueView::isMoving(const QModelIndex& index) const { return motion && QModelIndex(moving) == index; }
+
+// The moved cell travels from where it was to its new place, easing in and out.
+void QueueView::glide(const QUuid& id, const QRect& from)
+{
+    const qsizetype row = queue.queue().indexOf(id);
+    if (row < 0)
+        return;
+    moving = queue.index(int(row));
+    const QRect to = visualRect(moving);
+    movingPicture = QPixmap(from.size() * devicePixelRatioF());
+    movingPicture.setDevicePixelRatio(devicePixelRatioF());
+    movingPicture.fill(Qt::transparent);
+    {
+        QPainter painter(&movingPicture);
+        QStyleOptionViewItem option;
+        initViewItemOption(&option);
+        option.rect = QRect(QPoint(), from.size());
+        const QPersistentModelIndex drawn = moving;
+        moving = QPersistentModelIndex(); // so the delegate draws it here
+        itemDelegate()->paint(&painter, option, drawn);
+        moving = drawn;
+    }
+    if (motion)
+        motion->stop();
+    auto* animation = new QVariantAnimation(this);
+    animation->setDuration(moveMilliseconds);
+    animation->setEasingCurve(QEasingCurve::InOutQuad);
+    animation->setStartValue(from);
+    animation->setEndValue(to);
+    connect(animation, &QVariantAnimation::valueChanged, this, [this](const QVariant& value) {
+        movingRect = value.toRect();
+        viewport()->update();
+    });
+    connect(animation, &QVariantAnimation::finished, this, [this] {
+        moving = QPersistentModelIndex();
+        viewport()->update();
+    });
+    motion = animation;
+    movingRect = from;
+    animation->start(QAbstractAnimation::DeleteWhenStopped);
+}
+
+void QueueView::paintEvent(QPaintEvent* event)
+{
+    QListView::paintEvent(event);
+    if (!motion || !moving.isValid())
+        return;
+    QPainter painter(viewport());
+    painter.drawPixmap(movingRect.topLeft(), movingPicture);
 }
 
 void QueueView::contextMenuEvent(QContextMenuEvent* event)
@@ -173,11 +299,7 @@ void QueueView::contextMenuEvent(QContextMenuEvent* event)
         return;
     const QUuid id = index.data(QueueModel::ItemIdRole).toUuid();
     QMenu menu(this);
-    Queue& items = queue.queue();
-    if (items.startingImageId() == id)
-        menu.addAction(QStringLiteral("Clear Starting Point"), this, [&items] { items.setStartingImageId({}); });
-    else
-        menu.addAction(QStringLiteral("Start Slideshow Here"), this, [&items, id] { items.setStartingImageId(id); });
+    addStartingPointEntry(menu, queue.queue(), id);
     const bool names = settings.value(Settings::showFilenamesInThumbnails);
     menu.addAction(names ? QStringLiteral("Hide Filenames") : QStringLiteral("Show Filenames"), this,
                    [this, names] { settings.set(Settings::showFilenamesInThumbnails, !names); });

@@ -86,12 +86,14 @@ TEST(PlayOrder, EndsOrWrapsByWhoTakesTheStep)
             if (row.shuffled) {
                 EXPECT_EQ(at.order.current(), at.order.shuffledIndices()[0]) << "the shuffle invariant";
                 EXPECT_EQ(at.order.reshuffled(), row.kind == Kind::delay);
-                if (row.kind != Kind::delay)
+                if (row.kind != Kind::delay) {
                     EXPECT_EQ(at.order.shuffledIndices(), permutation) << "the same permutation";
+                }
             }
         }
-        if (row.kind == Kind::arrow && row.loop)
+        if (row.kind == Kind::arrow && row.loop) {
             EXPECT_EQ(at.history.viewed().size(), 1) << "the viewed set started over when full";
+        }
     }
 }
 

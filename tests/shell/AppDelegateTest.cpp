@@ -112,9 +112,11 @@ TEST_F(AppDelegateTest, SessionsFollowHidingMinimisingAndQuitting)
 
     delegate.windowDidDeminiaturize();
     EXPECT_TRUE(analytics.isSessionRunning());
-    delegate.appDidHide();
+    delegate.applicationStateChanged(Qt::ApplicationHidden);
     EXPECT_FALSE(analytics.isSessionRunning());
-    delegate.appDidUnhide();
+    delegate.applicationStateChanged(Qt::ApplicationInactive);
+    EXPECT_TRUE(analytics.isSessionRunning()) << "shown again: a new session";
+    delegate.applicationStateChanged(Qt::ApplicationActive);
     EXPECT_EQ(analytics.sessionsBegun(), 3);
 
     // Quitting writes the settings out and ends the session.

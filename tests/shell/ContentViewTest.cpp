@@ -4,10 +4,12 @@
 #include "media/FileIntake.h"
 #include "shell/QueueModel.h"
 #include "shell/QueueView.h"
+#include "support/LogCapture.h"
 
 #include <QAction>
 #include <QLabel>
 #include <QMenuBar>
+#include <QMimeData>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QStackedWidget>
@@ -197,11 +199,46 @@ TEST_F(ContentViewTest, HidingThumbnailsShowsTheTable)
             hide = button;
     ASSERT_NE(hide, nullptr);
     window.queue().replaceAll(tb::test::makeQueue(3));
+    window.queue().click(window.queue().at(0).id(), false, false);
     hide->click();
-    EXPECT_TRUE(qobject_cast<QTableView*>(panel->currentWidget()));
+    auto* table = qobject_cast<QTableView*>(panel->currentWidget());
+    ASSERT_NE(table, nullptr);
     EXPECT_EQ(hide->toolTip(), QStringLiteral("Show thumbnails"));
+    EXPECT_FALSE(window.queue().lastSelectedId()) << "a change of form forgets the anchor";
+
+    // One selection for both forms, whichever sets it.
+    EXPECT_EQ(table->selectionModel()->selectedRows().size(), 1);
+    table->selectRow(2);
+    EXPECT_EQ(window.queue().selectedIds(), QSet<QUuid>{window.queue().at(2).id()});
     hide->click();
     EXPECT_EQ(panel->currentWidget(), &window.queueView());
+    EXPECT_TRUE(window.queueModel().index(2).data(QueueModel::IsSelectedRole).toBool());
+}
+
+TEST_F(ContentViewTest, FilesDraggedOverTheWindowHighlightTheQueue)
+{
+    ContentView& window = openWindow();
+    QMimeData files;
+    files.setUrls({QUrl::fromLocalFile(dir.filePath(QStringLiteral("a.jpg")))});
+    QDragEnterEvent enter(QPoint(100, 100), Qt::CopyAction, &files, Qt::LeftButton, {});
+    QCoreApplication::sendEvent(&window, &enter);
+    EXPECT_TRUE(enter.isAccepted());
+    EXPECT_TRUE(window.isDraggingOver());
+    QDragLeaveEvent leave;
+    QCoreApplication::sendEvent(&window, &leave);
+    EXPECT_FALSE(window.isDraggingOver());
+
+    // A drop whose file list never came is refused, and says so.
+    tb::test::LogCapture log;
+    QMimeData empty;
+    empty.setData(QStringLiteral("text/uri-list"), QByteArrayLiteral("\r\n"));
+    QDragEnterEvent arriving(QPoint(100, 100), Qt::CopyAction, &empty, Qt::LeftButton, {});
+    QCoreApplication::sendEvent(&window, &arriving);
+    QDropEvent drop(QPointF(100, 100), Qt::CopyAction, &empty, Qt::LeftButton, {});
+    QCoreApplication::sendEvent(&window, &drop);
+    EXPECT_FALSE(drop.isAccepted());
+    EXPECT_TRUE(log.contains(LogLevel::Warning,
+                             QStringLiteral("Drop refused: the dragging program did not deliver its file list.")));
 }
 
 TEST_F(ContentViewTest, AToastStaysTwoSecondsAndANewerOneReplacesIt)

@@ -5,6 +5,7 @@
 #include "shell/QueueView.h"
 
 #include <QAbstractItemModelTester>
+#include <QMenu>
 #include <QMimeData>
 #include <QScrollBar>
 #include <QSignalSpy>
@@ -70,6 +71,25 @@ TEST_F(QueueViewTest, ClicksSelectByTheQueuesRules)
 
     QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, centreOf(1));
     EXPECT_TRUE(queue.selectedIds().isEmpty()) << "a plain click on a selected cell clears all";
+
+    // Pressing on one cell and letting go over another is no click: a drag selects nothing.
+    QTest::mousePress(view->viewport(), Qt::LeftButton, {}, centreOf(3));
+    QTest::mouseRelease(view->viewport(), Qt::LeftButton, {}, centreOf(4));
+    EXPECT_TRUE(queue.selectedIds().isEmpty());
+}
+
+// Columns of at least 150 points share the width, leaving no empty strip at the right.
+TEST_F(QueueViewTest, ColumnsShareTheWidth)
+{
+    show(30);
+    for (int width : {900, 700, 1333}) {
+        view->resize(width, 600);
+        QCoreApplication::processEvents();
+        const int cell = view->gridSize().width();
+        const int columns = view->viewport()->width() / cell;
+        EXPECT_GE(cell, QueueModel::cellSide + 10);
+        EXPECT_LT(view->viewport()->width() - columns * cell, columns) << "at most a point per column is left over";
+    }
 }
 
 TEST_F(QueueViewTest, DroppingACellOnAnotherMovesItThere)
@@ -95,6 +115,23 @@ TEST_F(QueueViewTest, DroppingACellOnAnotherMovesItThere)
     for (const auto& item : queue.items())
         after += item.filename().left(1);
     EXPECT_EQ(after, QString(before[1]) + before[2] + before[0] + before[3]) << "A onto C gives B, C, A, D";
+
+    const int moved = int(queue.indexOf(a));
+    EXPECT_TRUE(view->isMoving(model->index(moved))) << "the moved cell glides to its place";
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !view->isMoving(model->index(moved)); }, 5000));
+    EXPECT_FALSE(view->dropTarget().isValid()) << "the target's outline goes with the drop";
+
+    // Hovering outlines the cell an item would land on.
+    QMimeData hovering;
+    hovering.setText(a.toString(QUuid::WithoutBraces));
+    QDragEnterEvent enter(centreOf(3), Qt::MoveAction, &hovering, Qt::LeftButton, {});
+    QCoreApplication::sendEvent(view->viewport(), &enter);
+    QDragMoveEvent over(centreOf(3), Qt::MoveAction, &hovering, Qt::LeftButton, {});
+    QCoreApplication::sendEvent(view->viewport(), &over);
+    EXPECT_EQ(view->dropTarget(), model->index(3));
+    QDragLeaveEvent away;
+    QCoreApplication::sendEvent(view->viewport(), &away);
+    EXPECT_FALSE(view->dropTarget().isValid());
 
     dropOnto(QUuid::createUuid(), 1);
     QString unchanged;
@@ -134,4 +171,20 @@ TEST(QueueModels, FollowTheQueuesChangesRowByRow)
     EXPECT_EQ(grid.index(row).data(QueueModel::ItemIdRole).toUuid(), moved);
     EXPECT_TRUE(grid.index(row).data(QueueModel::IsStartRole).toBool());
     EXPECT_TRUE(table.index(row, 0).data().toString().startsWith(QStringLiteral("📌")));
+}
+
+// The grid's and the table's menus share this entry.
+TEST(QueueMenus, TheStartingPointEntryPinsAndUnpins)
+{
+    Queue queue;
+    queue.append(makeQueue(2));
+    const QUuid first = queue.at(0).id();
+    for (const char* expected : {"Start Slideshow Here", "Clear Starting Point"}) {
+        QMenu menu;
+        addStartingPointEntry(menu, queue, first);
+        ASSERT_EQ(menu.actions().size(), 1);
+        EXPECT_EQ(menu.actions()[0]->text(), QLatin1String(expected));
+        menu.actions()[0]->trigger();
+    }
+    EXPECT_FALSE(queue.startingImageId()) << "pinned, then unpinned";
 }

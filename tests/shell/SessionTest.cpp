@@ -228,3 +228,24 @@ TEST_F(ShellFixture, ClosingTheMainWindowDuringAShowEndsTheShow)
     scheduler.advance(30.0);
     EXPECT_EQ(scheduler.pendingCount(), 0);
 }
+
+// A show closed while its first picture, a large one, is still being decoded: the window waits
+// for the decode, nothing it used goes before, and nothing it decoded stays behind.
+TEST_F(ShellFixture, ClosingAShowWhileALargePictureDecodes)
+{
+    const QString path = dir.filePath(QStringLiteral("large.jpg"));
+    QImage large(6000, 4000, QImage::Format_RGB32);
+    large.fill(Qt::darkGreen);
+    ASSERT_TRUE(large.save(path, "JPEG", 90));
+    const QUrl url = QUrl::fromLocalFile(path);
+    ContentView& window = openWindow();
+    window.queue().append({makeItem(url)});
+    commands.post(Command::startSlideshow);
+    QPointer<PlayerWindow> player = window.presenter().currentWindow();
+    ASSERT_TRUE(player);
+    QCoreApplication::processEvents(); // the scene asks for its picture
+    player->close();
+    EXPECT_FALSE(slideshowManager.isSlideshowRunning());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return player.isNull(); }, 30000));
+    EXPECT_FALSE(pictures.pictures.isCached(url));
+}
