@@ -2,13 +2,15 @@
 // reports how fast thumbnails reach the cells, how well the cells on screen are served while
 // scrolling, how long after the scroll stops the last screen is complete, and the longest stall
 // of the GUI thread (a 10 ms probe timer).
-// Usage: grid_bench <folder of photos> <scroll speed in pixels per second>
+// Usage: grid_bench <folder of photos> <scroll speed in pixels per second> [shared thumbnail folder]
+// With a shared thumbnail folder the grid reads and writes the desktop's shared thumbnails there.
 #include "StallProbe.h"
 #include "core/Logger.h"
 #include "core/SettingsStore.h"
 #include "media/PictureClient.h"
 #include "media/PictureService.h"
 #include "media/Queue.h"
+#include "media/SharedThumbnails.h"
 #include "shell/QueueModel.h"
 #include "shell/QueueView.h"
 
@@ -17,7 +19,9 @@
 #include <QElapsedTimer>
 #include <QScrollBar>
 #include <QTemporaryDir>
+#include <QThreadPool>
 #include <QTimer>
+#include <QtConcurrent/QtConcurrentMap>
 
 #include <cstdio>
 
@@ -55,8 +59,20 @@ int main(int argc, char* argv[])
         items.append(tb::makeItem(QUrl::fromLocalFile(file.absoluteFilePath())));
     tb::Queue queue;
     queue.append(items);
-    tb::PictureService service(QSize(1920, 1080));
+    const QString sharedRoot = QApplication::arguments().value(3);
+    tb::SharedThumbnails shared(sharedRoot);
+    tb::PictureService service(QSize(1920, 1080), nullptr, nullptr, sharedRoot.isEmpty() ? nullptr : &shared);
     tb::PictureClient caches(service);
+    if (pixelsPerSecond <= 0) {
+        // Speed 0: only make every item's thumbnail, as a whole scroll would, on two threads.
+        QThreadPool pool;
+        pool.setMaxThreadCount(2);
+        QtConcurrent::blockingMap(&pool, items, [&](const tb::IdentifiableImage& item) {
+            caches.thumbnail(item.url(), false, QSize(tb::QueueModel::cellSide, tb::QueueModel::cellSide));
+        });
+        std::printf("made %lld thumbnails\n", qlonglong(items.size()));
+        return 0;
+    }
     tb::QueueModel model(queue, caches);
     tb::QueueView view(model, settings);
     view.resize(900, 700);

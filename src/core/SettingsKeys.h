@@ -60,6 +60,8 @@ inline constexpr BoolSetting muteVideoAudio{"muteVideoAudio", false};
 
 // Queue and intake
 inline constexpr BoolSetting dontShowThumbnailAlert{"dontShowThumbnailAlert", false};
+// Use, and add to, the thumbnails the desktop's file managers and viewers share.
+inline constexpr BoolSetting useSharedThumbnails{"useSharedThumbnails", true};
 inline constexpr BoolSetting showFilenamesInThumbnails{"showFilenamesInThumbnails", false};
 inline constexpr BoolSetting rememberFolderRecursion{"rememberFolderRecursion", false};
 // -1 all subfolders, 0 this folder only; meaningful only while rememberFolderRecursion is true.

@@ -27,9 +27,10 @@ public:
     // The picture to show for a file: the full picture (no larger than the screens need), or
     // a clip's poster frame. Blocking and safe from any thread.
     virtual std::optional<QImage> picture(const QUrl& url, bool isVideo) = 0;
-    // A file's small picture, at twice the display size (a clip's poster frame). Blocking and
-    // safe from any thread.
-    virtual std::optional<QImage> thumbnail(const QUrl& url, bool isVideo, QSize displaySize) = 0;
+    // A file's small picture, at twice the display size (a clip's poster frame); pixelRatio is
+    // the display's device pixels per point. Blocking and safe from any thread.
+    virtual std::optional<QImage> thumbnail(const QUrl& url, bool isVideo, QSize displaySize,
+                                            qreal pixelRatio = 1.0) = 0;
 };
 
 } // namespace tb

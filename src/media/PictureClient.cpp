@@ -67,7 +67,7 @@ std::optional<QImage> PictureClient::picture(const QUrl& url, bool isVideo)
     return image;
 }
 
-std::optional<QImage> PictureClient::thumbnail(const QUrl& url, bool isVideo, QSize displaySize)
+std::optional<QImage> PictureClient::thumbnail(const QUrl& url, bool isVideo, QSize displaySize, qreal pixelRatio)
 {
     if (isVideo) {
         auto poster = service.posterFrame(url);
@@ -77,7 +77,7 @@ std::optional<QImage> PictureClient::thumbnail(const QUrl& url, bool isVideo, QS
         }
         return poster;
     }
-    auto small = service.thumbnail(url, displaySize);
+    auto small = service.thumbnail(url, displaySize, pixelRatio);
     if (small) {
         QMutexLocker lock(&mutex);
         if (!thumbnailKeys.contains(url, displaySize))

@@ -26,7 +26,7 @@ public:
     void preload(const QList<IdentifiableImage>& items) override;
     void cancelPreloads() override { preloads.cancelAll(); }
     std::optional<QImage> picture(const QUrl& url, bool isVideo) override;
-    std::optional<QImage> thumbnail(const QUrl& url, bool isVideo, QSize displaySize) override;
+    std::optional<QImage> thumbnail(const QUrl& url, bool isVideo, QSize displaySize, qreal pixelRatio = 1.0) override;
 
     int waitingPreloads() const { return preloads.waiting(); }
 

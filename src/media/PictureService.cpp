@@ -4,8 +4,9 @@
 
 namespace tb {
 
-PictureService::PictureService(QSize screenLimit, const FileSystems* fileSystems, ProcessMemory* memory)
-    : pictures(screenLimit, fileSystems), thumbnails(memory), memory(memory)
+PictureService::PictureService(QSize screenLimit, const FileSystems* fileSystems, ProcessMemory* memory,
+                               SharedThumbnails* shared)
+    : pictures(screenLimit, fileSystems), thumbnails(memory, shared), memory(memory)
 {
 }
 

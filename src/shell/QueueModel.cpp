@@ -71,7 +71,8 @@ void QueueModel::requestThumbnail(const IdentifiableImage& item, int row) const
     const QUrl url = item.url();
     const bool isVideo = item.isVideo();
     PictureCaches& source = caches;
-    const int side = int(std::ceil(cellSide * qGuiApp->devicePixelRatio()));
+    const qreal ratio = qGuiApp->devicePixelRatio();
+    const int side = int(std::ceil(cellSide * ratio));
     // Results go through the application object: this model may be gone when they arrive.
     auto post = [self, id](bool overtaken, QImage image) {
         QMetaObject::invokeMethod(
@@ -83,8 +84,8 @@ void QueueModel::requestThumbnail(const IdentifiableImage& item, int row) const
             Qt::QueuedConnection);
     };
     decodes.submit(
-        [post, url, isVideo, &source, side] {
-            std::optional<QImage> image = source.thumbnail(url, isVideo, QSize(cellSide, cellSide));
+        [post, url, isVideo, &source, side, ratio] {
+            std::optional<QImage> image = source.thumbnail(url, isVideo, QSize(cellSide, cellSide), ratio);
             // Kept at the cell's size: a quarter of the memory, and nothing to scale when drawn.
             if (image && (image->width() > side || image->height() > side))
                 image = image->scaled(side, side, Qt::KeepAspectRatio, Qt::SmoothTransformation);

@@ -46,7 +46,7 @@ QList<QUrl> urlsFromArguments(const QStringList& arguments)
 // The delegate, and with it the updater, is made first.
 TallowbrookApp::TallowbrookApp()
     : documents(std::make_unique<UnreadableDocuments>()),
-      pictures(std::make_unique<PictureService>(largestScreen(), &fileSystems, &processMemory)),
+      pictures(std::make_unique<PictureService>(largestScreen(), &fileSystems, &processMemory, &sharedThumbnails)),
       delegate(analytics, settings, commands, *documents, dialogs),
       appServices{settings,         scheduler, random,
                   analytics,        revealer,  dialogs,
@@ -55,6 +55,12 @@ TallowbrookApp::TallowbrookApp()
                   sleepInhibitor,   displays},
       instance(SingleInstance::defaultServerName())
 {
+    // The setting is read here, once and at each change: decoding threads never touch the store.
+    pictures->thumbnails.setSharing(settings.value(Settings::useSharedThumbnails));
+    QObject::connect(&settings, &SettingsStore::changed, &settings, [this](const QString& key) {
+        if (key == QLatin1String(Settings::useSharedThumbnails.name))
+            pictures->thumbnails.setSharing(settings.value(Settings::useSharedThumbnails));
+    });
 }
 
 TallowbrookApp::~TallowbrookApp() = default;

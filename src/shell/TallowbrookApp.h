@@ -13,6 +13,7 @@
 #include "documents/DocumentReader.h"
 #include "media/MetadataService.h"
 #include "media/PictureService.h"
+#include "media/SharedThumbnails.h"
 #include "modes/DisplayManager.h"
 #include "platform/DBusSleepInhibitor.h"
 #include "platform/LinuxFileRevealer.h"
@@ -55,6 +56,7 @@ private:
     EmptyPlaylist audio; // until the playlist exists
     LinuxFileSystems fileSystems;
     LinuxProcessMemory processMemory;
+    SharedThumbnails sharedThumbnails;
     std::unique_ptr<PictureService> pictures;
     DBusSleepInhibitor sleepInhibitor;
     DisplayManager displays;

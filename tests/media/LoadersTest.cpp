@@ -1,6 +1,7 @@
 #include "TestPictures.h"
 #include "core/FileSystems.h"
 #include "media/ImageLoader.h"
+#include "media/SharedThumbnails.h"
 #include "media/ThumbnailGenerator.h"
 #include "media/VideoThumbnailGenerator.h"
 #include "platform/LinuxFileSystems.h"
@@ -195,4 +196,32 @@ TEST(ThumbnailGenerator, OneBitPalettePicturesKeepTheirColours)
     ASSERT_TRUE(picture);
     EXPECT_EQ(picture->image.size(), QSize(320, 240));
     EXPECT_EQ(picture->image.pixelColor(160, 120), QColor(Qt::red));
+}
+
+// A thumbnail another program already shared stands in for decoding; what is decoded is shared.
+TEST(ThumbnailGenerator, UsesTheDesktopsSharedThumbnailsBothWays)
+{
+    QTemporaryDir dir;
+    SharedThumbnails shared(dir.filePath(QStringLiteral("cache")));
+    ThumbnailGenerator thumbnails(nullptr, &shared);
+    const QString decoded = writePng(dir, QStringLiteral("decoded.png"), QSize(1000, 500));
+    ASSERT_TRUE(thumbnails.generateThumbnail(fileUrl(decoded), QSize(150, 150)));
+    EXPECT_TRUE(shared.find(decoded, 300)) << "written back for the other programs";
+
+    const QString known = writePng(dir, QStringLiteral("known.png"), QSize(1000, 500));
+    QImage theirs(256, 128, QImage::Format_RGB32);
+    theirs.fill(Qt::magenta);
+    shared.store(known, theirs);
+    const auto taken = thumbnails.generateThumbnail(fileUrl(known), QSize(150, 150));
+    ASSERT_TRUE(taken);
+    EXPECT_EQ(taken->pixelColor(10, 10), QColor(Qt::magenta)) << "the shared one, not a decode";
+    EXPECT_EQ(thumbnails.generateThumbnail(fileUrl(known), QSize(200, 200))->pixelColor(10, 10),
+              QColor(Qt::magenta).toRgb())
+        << "256 pixels cover a 200-point display at one pixel a point";
+
+    ThumbnailGenerator unshared(nullptr, &shared);
+    unshared.setSharing(false);
+    EXPECT_NE(unshared.generateThumbnail(fileUrl(known), QSize(150, 150))->pixelColor(10, 10),
+              QColor(Qt::magenta).toRgb())
+        << "with the setting off the file is decoded";
 }

@@ -58,7 +58,7 @@ public:
         const QImage image = reader.read();
         return image.isNull() ? std::nullopt : std::optional<QImage>(image);
     }
-    std::optional<QImage> thumbnail(const QUrl& url, bool isVideo, QSize) override
+    std::optional<QImage> thumbnail(const QUrl& url, bool isVideo, QSize, qreal) override
     {
         ++thumbnailRequests;
         return picture(url, isVideo);
