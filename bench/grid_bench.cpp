@@ -67,10 +67,14 @@ int main(int argc, char* argv[])
         // Speed 0: only make every item's thumbnail, as a whole scroll would, on two threads.
         QThreadPool pool;
         pool.setMaxThreadCount(2);
+        QElapsedTimer made;
+        made.start();
         QtConcurrent::blockingMap(&pool, items, [&](const tb::IdentifiableImage& item) {
             caches.thumbnail(item.url(), false, QSize(tb::QueueModel::cellSide, tb::QueueModel::cellSide));
         });
-        std::printf("made %lld thumbnails\n", qlonglong(items.size()));
+        const double seconds = double(made.nsecsElapsed()) / 1e9;
+        std::printf("thumbnails=%lld seconds=%.1f per_s=%.1f\n", qlonglong(items.size()), seconds,
+                    double(items.size()) / seconds);
         return 0;
     }
     tb::QueueModel model(queue, caches);

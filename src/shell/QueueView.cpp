@@ -131,14 +131,19 @@ void QueueView::updateGrid()
     const int minimum = cellSide + 10;
     const int width = std::max(minimum, viewport()->width());
     const int columns = std::max(1, width / minimum);
-    setGridSize(QSize(width / columns, cellSide + (names ? 28 : 10)));
+    // A point of slack: the list wraps a row that would fill the width exactly.
+    const QSize cell((width - 1) / columns, cellSide + (names ? 28 : 10));
+    if (cell != gridSize())
+        setGridSize(cell);
     viewport()->update();
 }
 
-void QueueView::resizeEvent(QResizeEvent* event)
+// The viewport narrows when the scroll bar appears: the columns share what is left.
+bool QueueView::viewportEvent(QEvent* event)
 {
-    QListView::resizeEvent(event);
-    updateGrid();
+    if (event->type() == QEvent::Resize)
+        updateGrid();
+    return QListView::viewportEvent(event);
 }
 
 void QueueView::forgetDrag()
