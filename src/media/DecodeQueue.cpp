@@ -49,6 +49,29 @@ DecodeQueue::Job* DecodeQueue::takeLocked(QMap<JobId, Job*>::iterator it)
     return job;
 }
 
+QList<DecodeQueue::Job*> DecodeQueue::overflowLocked(qsizetype keep)
+{
+    QList<Job*> taken;
+    for (auto it = pending.begin(); pending.size() > keep && it != pending.end();) {
+        if (Job* job = takeLocked(it)) {
+            taken.append(job);
+            it = pending.begin();
+        } else {
+            ++it;
+        }
+    }
+    return taken;
+}
+
+void DecodeQueue::drop(const QList<Job*>& jobs)
+{
+    for (Job* job : jobs) {
+        std::unique_ptr<Job> owned(job);
+        if (owned->dropped)
+            owned->dropped();
+    }
+}
+
 DecodeQueue::JobId DecodeQueue::submit(std::function<void()> work, std::function<void()> dropped)
 {
     QList<Job*> overtaken;
@@ -66,20 +89,9 @@ DecodeQueue::JobId DecodeQueue::submit(std::function<void()> work, std::function
         pending.insert(id, job);
         // Newer jobs first: what was asked last is what is needed now.
         pool.start(job, int(id % JobId(std::numeric_limits<int>::max())));
-        for (auto it = pending.begin(); pending.size() > backlog && it != pending.end();) {
-            if (Job* taken = takeLocked(it)) {
-                overtaken.append(taken);
-                it = pending.begin();
-            } else {
-                ++it;
-            }
-        }
+        overtaken = overflowLocked(backlog);
     }
-    for (Job* job : overtaken) {
-        std::unique_ptr<Job> owned(job);
-        if (owned->dropped)
-            owned->dropped();
-    }
+    drop(overtaken);
     return id;
 }
 
@@ -95,9 +107,7 @@ bool DecodeQueue::withdraw(JobId id)
     }
     if (!job)
         return false;
-    std::unique_ptr<Job> owned(job);
-    if (owned->dropped)
-        owned->dropped();
+    drop({job});
     return true;
 }
 
@@ -106,20 +116,9 @@ void DecodeQueue::cancelAll()
     QList<Job*> taken;
     {
         QMutexLocker lock(&mutex);
-        for (auto it = pending.begin(); it != pending.end();) {
-            if (Job* job = takeLocked(it)) {
-                taken.append(job);
-                it = pending.begin();
-            } else {
-                ++it;
-            }
-        }
+        taken = overflowLocked(0);
     }
-    for (Job* job : taken) {
-        std::unique_ptr<Job> owned(job);
-        if (owned->dropped)
-            owned->dropped();
-    }
+    drop(taken);
 }
 
 void DecodeQueue::drain()

@@ -40,6 +40,10 @@ private:
     void started(JobId id);
     // Takes the job out of the pool if it has not started. — mutex held
     Job* takeLocked(QMap<JobId, Job*>::iterator it);
+    // Takes waiting jobs, oldest first, until at most `keep` wait. — mutex held
+    QList<Job*> overflowLocked(qsizetype keep);
+    // Runs the taken jobs' `dropped` instead of their work, and frees them. — mutex not held
+    static void drop(const QList<Job*>& jobs);
 
     QThreadPool pool;
     const int backlog;

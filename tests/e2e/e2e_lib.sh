@@ -44,3 +44,18 @@ startProgram() {
   "$app" "$@" >"$work/out.txt" 2>&1 &
   pid=$!
 }
+# Adds files through the real file dialog, by keyboard: the main window's first control opens
+# it; the folder is typed, then the names. Usage: addThroughDialog <folder> '"a.png" "b.png"' <count>
+addThroughDialog() {
+  local main
+  main=$(windowNamed Tallowbrook)
+  xdotool windowfocus --sync "$main"
+  xdotool key space
+  waitFor '[ -n "$(windowNamed "Select files or folders")" ]' || fail "the file dialog did not open"
+  xdotool windowfocus --sync "$(windowNamed "Select files or folders")"
+  xdotool type --delay 20 "$1/"
+  xdotool key Return
+  xdotool type --delay 20 "$2"
+  xdotool key Return
+  waitFor "grep -q 'Total photos added: $3' '$log'" || fail "the files did not reach the queue"
+}

@@ -12,16 +12,7 @@ startProgram
 waitFor '[ -n "$(windowNamed Tallowbrook)" ]' || fail "no main window"
 waitFor "grep -q 'Initializing view' '$log'" || fail "the main window did not appear"
 main=$(windowNamed Tallowbrook)
-xdotool windowfocus --sync "$main"
-# "Select files or folders" holds the focus when the window opens.
-xdotool key space
-waitFor '[ -n "$(windowNamed "Select files or folders")" ]' || fail "the file dialog did not open"
-xdotool windowfocus --sync "$(windowNamed "Select files or folders")"
-xdotool type --delay 20 "$work/pictures/"
-xdotool key Return
-xdotool type --delay 20 '"large.jpg"'
-xdotool key Return
-waitFor "grep -q 'Total photos added: 1' '$log'" || fail "the picture did not reach the queue"
+addThroughDialog "$work/pictures" '"large.jpg"' 1
 
 xdotool windowfocus --sync "$main"
 xdotool key ctrl+r

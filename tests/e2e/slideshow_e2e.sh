@@ -17,25 +17,16 @@ startProgram
 waitFor '[ -n "$(windowNamed Tallowbrook)" ]' || fail "no main window"
 waitFor "grep -q 'Initializing view' '$log'" || fail "the main window did not appear"
 main=$(windowNamed Tallowbrook)
-xdotool windowfocus --sync "$main"
-
-# "Select files or folders" holds the focus when the window opens.
-xdotool key space
-waitFor '[ -n "$(windowNamed "Select files or folders")" ]' || fail "the file dialog did not open"
-xdotool windowfocus --sync "$(windowNamed "Select files or folders")"
-# The file name field has the focus: go to the folder, then pick the three files.
-xdotool type --delay 20 "$work/pictures/"
-xdotool key Return
-xdotool type --delay 20 '"a.png" "b.png" "c.png"'
-xdotool key Return
-waitFor "grep -q 'Total photos added: 3' '$log'" || fail "the pictures did not reach the queue"
+# "Select files or folders" holds the focus when the window opens; the file name field has the
+# focus in the dialog: go to the folder, then pick the three files.
+addThroughDialog "$work/pictures" '"a.png" "b.png" "c.png"' 3
 
 # Start from the keyboard: the menu's Start Slideshow shortcut.
-startButton() {
+startShow() {
   xdotool windowfocus --sync "$main"
   xdotool key ctrl+r
 }
-startButton
+startShow
 waitFor '[ -n "$(windowNamed "Tallowbrook Slideshow")" ]' || fail "no player window"
 waitFor "grep -q 'Slideshow starting on default screen' '$log'" || fail "the show did not start"
 red() {
@@ -55,7 +46,7 @@ grep -q "ESC key pressed." "$log" || fail "no Escape line in the log"
 # Start is enabled again: it opens a second show.
 waitFor "grep -q 'Audio playback stopped' '$log'" || fail "the show did not finish its stop path"
 import -window root "$shots/e2e-after-show.png"
-startButton
+startShow
 waitFor '[ -n "$(windowNamed "Tallowbrook Slideshow")" ]' || fail "Start was not enabled after the show"
 
 echo "e2e: three pictures added through the dialog, shown full screen, Escape returned to the main window"

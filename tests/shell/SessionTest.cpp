@@ -52,6 +52,15 @@ TEST_F(SessionTest, NothingStartsWithoutFilesAndTheScreenSaverNeverAsks)
     slideshowManager.setSlideshowRunning(true);
     session.screensaverStart();
     EXPECT_TRUE(presenter.requests.isEmpty()) << "no screen-saver show over a running one";
+
+    // The screen saver starts where Start would: at the queue's starting point.
+    slideshowManager.setSlideshowRunning(false);
+    queue->setStartingImageId(queue->at(2).id());
+    session.screensaverStart();
+    ASSERT_EQ(presenter.requests.size(), 1);
+    EXPECT_TRUE(presenter.requests[0].screensaverMode);
+    EXPECT_EQ(presenter.requests[0].single.startingImageId, queue->at(2).id());
+    EXPECT_EQ(queue->at(session.shuffledIndices()[0]).id(), queue->at(2).id());
 }
 
 TEST_F(SessionTest, StartReadsTheSettingsAndReportsTheShow)
@@ -71,7 +80,7 @@ TEST_F(SessionTest, StartReadsTheSettingsAndReportsTheShow)
     EXPECT_TRUE(request.startInWindowedMode);
 
     ASSERT_EQ(analytics.events().size(), 1);
-    const auto& event = analytics.events()[0];
+    const RecordingAnalytics::Event event = analytics.events()[0]; // a copy: events() is one itself
     EXPECT_EQ(event.key, QStringLiteral("slideshowStarted"));
     EXPECT_EQ(event.count, 1);
     EXPECT_EQ(event.segmentation, (Segmentation{{QStringLiteral("slideshowSize"), QStringLiteral("4")},
