@@ -32,8 +32,8 @@ echo "tallowbrook, filling the shared cache: $(QT_QPA_PLATFORM=offscreen build-b
 # Every item, so the next runs find each one (the fast scroll passed most of them by); then the
 # rate of making every item's thumbnail from the files and from the shared cache, unpaced by a
 # scroll.
-echo "tallowbrook, every thumbnail decoded and shared: $(build-bench/bench/grid_bench "$grid" 0 "$shared")"
-echo "tallowbrook, every thumbnail from the shared cache: $(build-bench/bench/grid_bench "$grid" 0 "$shared")"
+echo "tallowbrook, every thumbnail decoded and shared: $(QT_QPA_PLATFORM=offscreen build-bench/bench/grid_bench "$grid" 0 "$shared")"
+echo "tallowbrook, every thumbnail from the shared cache: $(QT_QPA_PLATFORM=offscreen build-bench/bench/grid_bench "$grid" 0 "$shared")"
 echo "tallowbrook, shared cache holding every file: $(QT_QPA_PLATFORM=offscreen build-bench/bench/grid_bench "$grid" "$speed" "$shared")"
 sample=("$grid"/item_0000*.jpg) # ten items
 start=$(date +%s%N)
