@@ -248,7 +248,6 @@ void FileIntake::run(const QList<QUrl>& chosen, std::optional<bool> expandFolder
     auto state = std::make_shared<Run>();
     latestRun = state;
     auto stillWanted = alive;
-    QPointer<FileIntake> self(this);
     // The worker touches nothing of the window: it builds items and posts them in batches.
     workers.start([this, state, stillWanted, chosen, expandFolders, completion = std::move(completion)] {
         QList<QUrl> urls;

@@ -194,7 +194,6 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
     });
 }
 
-// The session goes first: its presenter closes a running show, which reads the queue.
 // The grid while thumbnails are wanted, shown and the queue is not above the threshold; the
 // table otherwise; the drop prompt for an empty queue.
 bool ContentView::isGridShown() const
