@@ -129,10 +129,10 @@ void QueueView::updateGrid()
     const bool names = settings.value(Settings::showFilenamesInThumbnails);
     // As many columns of at least a cell and its margin as fit, sharing the width between them.
     const int minimum = cellSide + 10;
-    const int width = std::max(minimum, viewport()->width());
-    const int columns = std::max(1, width / minimum);
     // A point of slack: the list wraps a row that would fill the width exactly.
-    const QSize cell((width - 1) / columns, cellSide + (names ? 28 : 10));
+    const int width = std::max(minimum, viewport()->width() - 1);
+    const int columns = std::max(1, width / minimum);
+    const QSize cell(width / columns, cellSide + (names ? 28 : 10));
     if (cell != gridSize())
         setGridSize(cell);
     viewport()->update();
