@@ -27,7 +27,6 @@ public:
     void stop();
 
     double remaining() const { return value; }
-    bool isFrozen() const { return frozen; }
 
     static constexpr double tick = 0.1;
 
