@@ -220,4 +220,6 @@ void logError(const QString& message, SourceLocation where)
     Logger::shared().log(message, where.file, where.line, LogLevel::Error);
 }
 
+void printLine(const QString& text) { Logger::writeToStandardOutput(text.toUtf8() + '\n'); }
+
 } // namespace tb

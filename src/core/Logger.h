@@ -77,5 +77,7 @@ struct SourceLocation {
 void logInfo(const QString& message, SourceLocation where = SourceLocation::current());
 void logWarning(const QString& message, SourceLocation where = SourceLocation::current());
 void logError(const QString& message, SourceLocation where = SourceLocation::current());
+// A progress line for whoever watches the console: standard output only, never the log file.
+void printLine(const QString& text);
 
 } // namespace tb

@@ -31,6 +31,9 @@ public:
     // the display's device pixels per point. Blocking and safe from any thread.
     virtual std::optional<QImage> thumbnail(const QUrl& url, bool isVideo, QSize displaySize,
                                             qreal pixelRatio = 1.0) = 0;
+    // A file's picture (a clip's poster frame, a GIF's first frame) stretched to exactly
+    // `pixelSize`: a grid cell. Kept with the thumbnails. Blocking and safe from any thread.
+    virtual std::optional<QImage> cellPicture(const QUrl& url, bool isVideo, QSize pixelSize) = 0;
 };
 
 } // namespace tb

@@ -33,6 +33,9 @@ void PictureClient::clearThumbnails()
     for (auto it = thumbnailKeys.cbegin(); it != thumbnailKeys.cend(); ++it)
         service.thumbnails.forget(it.key(), it.value());
     thumbnailKeys.clear();
+    for (auto it = cellKeys.cbegin(); it != cellKeys.cend(); ++it)
+        service.thumbnails.forgetStretched(it.key(), it.value());
+    cellKeys.clear();
 }
 
 void PictureClient::clearVideoThumbnails()
@@ -84,6 +87,28 @@ std::optional<QImage> PictureClient::thumbnail(const QUrl& url, bool isVideo, QS
             thumbnailKeys.insert(url, displaySize);
     }
     return small;
+}
+
+std::optional<QImage> PictureClient::cellPicture(const QUrl& url, bool isVideo, QSize pixelSize)
+{
+    if (isVideo) {
+        std::optional<QImage> poster = service.posterFrame(url);
+        if (!poster)
+            return poster;
+        {
+            QMutexLocker lock(&mutex);
+            posterUrls.insert(url);
+        }
+        return pixelSize.isEmpty() ? *poster
+                                   : poster->scaled(pixelSize, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    }
+    auto image = service.thumbnails.generateStretched(url, pixelSize);
+    if (image) {
+        QMutexLocker lock(&mutex);
+        if (!cellKeys.contains(url, pixelSize))
+            cellKeys.insert(url, pixelSize);
+    }
+    return image;
 }
 
 } // namespace tb

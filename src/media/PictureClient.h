@@ -28,6 +28,8 @@ public:
     std::optional<QImage> picture(const QUrl& url, bool isVideo) override;
     std::optional<QImage> thumbnail(const QUrl& url, bool isVideo, QSize displaySize, qreal pixelRatio = 1.0) override;
 
+    std::optional<QImage> cellPicture(const QUrl& url, bool isVideo, QSize pixelSize) override;
+
     int waitingPreloads() const { return preloads.waiting(); }
 
     static constexpr int defaultPreloadBacklog = 5;
@@ -38,6 +40,7 @@ private:
     QSet<QUrl> pictureUrls; // — guarded by mutex, as are the two below
     QSet<QUrl> posterUrls;
     QMultiHash<QUrl, QSize> thumbnailKeys;
+    QMultiHash<QUrl, QSize> cellKeys;
     DecodeQueue preloads;
 };
 

@@ -59,4 +59,27 @@ std::optional<QImage> ThumbnailGenerator::generateThumbnail(const QUrl& url, QSi
     return thumbnail;
 }
 
+std::optional<QImage> ThumbnailGenerator::generateStretched(const QUrl& url, QSize size)
+{
+    if (size.isEmpty())
+        return std::nullopt;
+    if (auto hit = cache.object(stretchedKey(url, size)))
+        return hit;
+    QImageReader reader(url.toLocalFile());
+    reader.setAutoTransform(true);
+    if (!reader.canRead())
+        return std::nullopt;
+    // The reader scales in the file's stored orientation and turns the picture upright after.
+    QSize stored = size;
+    if (reader.transformation().testFlag(QImageIOHandler::TransformationRotate90))
+        stored.transpose();
+    QImage image = readScaled(reader, stored);
+    if (image.isNull())
+        return std::nullopt;
+    if (image.size() != size)
+        image = image.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    cache.insert(stretchedKey(url, size), image, qint64(image.width()) * image.height() * 4);
+    return image;
+}
+
 } // namespace tb

@@ -30,6 +30,12 @@ public:
     // `pixelRatio` is the display's device pixels per point: a shared thumbnail must cover the
     // display size in device pixels.
     std::optional<QImage> generateThumbnail(const QUrl& url, QSize size, qreal pixelRatio = 1.0);
+    // A picture decoded to exactly `size` in pixels, its aspect not kept: a grid show's cell.
+    // Cached beside the thumbnails, never shared with the desktop. Nothing for a file that cannot
+    // be read, silently: its cell stays empty.
+    std::optional<QImage> generateStretched(const QUrl& url, QSize size);
+    void forgetStretched(const QUrl& url, QSize size) { cache.remove(stretchedKey(url, size)); }
+    bool isCachedStretched(const QUrl& url, QSize size) const { return cache.contains(stretchedKey(url, size)); }
     // Whether the desktop's shared thumbnails are used (the user's setting).
     void setSharing(bool on) { sharing = on; }
     void clearCache() { cache.removeAll(); }
@@ -41,6 +47,7 @@ public:
 
 private:
     static QString key(const QUrl& url, QSize size);
+    static QString stretchedKey(const QUrl& url, QSize size) { return QStringLiteral("stretched ") + key(url, size); }
 
     ProcessMemory* memory;
     SharedThumbnails* shared;

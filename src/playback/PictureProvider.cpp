@@ -41,7 +41,7 @@ private:
 
 } // namespace
 
-PictureProvider::PictureProvider(PictureCaches& caches)
+PictureProvider::PictureProvider(PictureCaches& caches, int backlog)
     : caches(caches), decodes(std::make_shared<DecodeQueue>(threads, backlog))
 {
 }
@@ -56,16 +56,30 @@ QString PictureProvider::sourceFor(const QUrl& url, bool isVideo)
            QString::fromLatin1(url.toEncoded().toPercentEncoding());
 }
 
-QQuickImageResponse* PictureProvider::requestImageResponse(const QString& id, const QSize&)
+QString PictureProvider::cellSourceFor(const QUrl& url, bool isVideo)
+{
+    return QStringLiteral("image://picture/") + (isVideo ? QStringLiteral("cv/") : QStringLiteral("cp/")) +
+           QString::fromLatin1(url.toEncoded().toPercentEncoding());
+}
+
+QQuickImageResponse* PictureProvider::requestImageResponse(const QString& id, const QSize& requestedSize)
 {
     auto* response = new PictureResponse;
-    const bool isVideo = id.startsWith(QLatin1String("v/"));
-    const QUrl url = QUrl::fromEncoded(QByteArray::fromPercentEncoding(id.mid(2).toLatin1()));
+    const bool cell = id.startsWith(QLatin1Char('c'));
+    const QString rest = cell ? id.mid(1) : id;
+    const bool isVideo = rest.startsWith(QLatin1String("v/"));
+    const QUrl url = QUrl::fromEncoded(QByteArray::fromPercentEncoding(rest.mid(2).toLatin1()));
     PictureCaches& source = caches;
     // QML keeps the response until it has emitted finished(), which may come from any thread.
     response->decodes = decodes;
     response->job = decodes->submit(
-        [response, url, isVideo, &source] { response->deliver(source.picture(url, isVideo).value_or(QImage())); },
+        [response, url, isVideo, cell, requestedSize, &source] {
+            // A cell is never decoded whole: without its size it waits for the next request.
+            const auto image = !cell                     ? source.picture(url, isVideo)
+                               : requestedSize.isEmpty() ? std::nullopt
+                                                         : source.cellPicture(url, isVideo, requestedSize);
+            response->deliver(image.value_or(QImage()));
+        },
         [response] { response->deliver(QImage()); });
     return response;
 }

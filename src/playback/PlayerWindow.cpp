@@ -1,7 +1,7 @@
 #include "PlayerWindow.h"
 
 #include "PictureProvider.h"
-#include "SlideshowView.h"
+#include "ShowPlayer.h"
 #include "core/Logger.h"
 #include "media/PictureCaches.h"
 
@@ -14,8 +14,8 @@
 
 namespace tb {
 
-PlayerWindow::PlayerWindow(SlideshowView* player, std::unique_ptr<PictureCaches> pictures, QScreen* screen,
-                           bool windowed, bool floatOnTop)
+PlayerWindow::PlayerWindow(ShowPlayer* player, std::unique_ptr<PictureCaches> pictures, int pictureBacklog,
+                           QScreen* screen, bool windowed, bool floatOnTop)
     : pictures(std::move(pictures)), player(player), provider(nullptr), targetScreen(screen), windowed(windowed)
 {
     player->setParent(this);
@@ -23,10 +23,11 @@ PlayerWindow::PlayerWindow(SlideshowView* player, std::unique_ptr<PictureCaches>
     setTitle(QStringLiteral("Tallowbrook Slideshow"));
     setFlag(Qt::WindowStaysOnTopHint, floatOnTop);
     setResizeMode(QQuickView::SizeRootObjectToView);
-    provider = new PictureProvider(*this->pictures);
+    provider = new PictureProvider(*this->pictures, pictureBacklog);
     engine()->addImageProvider(QStringLiteral("picture"), provider);
     setInitialProperties({{QStringLiteral("player"), QVariant::fromValue<QObject*>(player)}});
-    setSource(QUrl(QStringLiteral("qrc:/tallowbrook/playback/qml/SlideshowPlayer.qml")));
+    player->setToggleFullScreen([this] { toggleFullScreen(); });
+    setSource(player->scene());
     for (const QQmlError& error : errors())
         logError(QStringLiteral("Player window: ") + error.toString());
     if (screen)
@@ -95,6 +96,17 @@ void PlayerWindow::closeLater()
             deleteLater();
         },
         Qt::QueuedConnection);
+}
+
+void PlayerWindow::toggleFullScreen()
+{
+    if (visibility() == QWindow::FullScreen) {
+        const QRect frame = screen() ? screen()->geometry() : QRect(0, 0, 1280, 800);
+        showNormal();
+        setGeometry(windowedGeometry(frame));
+    } else {
+        showFullScreen();
+    }
 }
 
 void PlayerWindow::keyPressEvent(QKeyEvent* event)

@@ -9,16 +9,18 @@ namespace tb {
 
 class PictureProvider;
 class PictureCaches;
-class SlideshowView;
+class ShowPlayer;
 
-// The window of one show: black, on the chosen screen, full screen or 75 % centred. It owns
-// its player and the show's share of the picture service, forwards keys to the player, and
-// ends the show when it is closed by hand.
+// The window of one show, of either kind: black, on the chosen screen, full screen or 75 %
+// centred. It owns its player and the show's share of the picture service, forwards every key
+// to the player (no key of a show goes anywhere else), switches full screen when the player
+// asks, and ends the show when it is closed by hand.
 class PlayerWindow final : public QQuickView {
     Q_OBJECT
 public:
-    PlayerWindow(SlideshowView* player, std::unique_ptr<PictureCaches> pictures, QScreen* screen, bool windowed,
-                 bool floatOnTop);
+    // `pictureBacklog`: how many picture decodes may wait at once (see PictureProvider).
+    PlayerWindow(ShowPlayer* player, std::unique_ptr<PictureCaches> pictures, int pictureBacklog, QScreen* screen,
+                 bool windowed, bool floatOnTop);
     ~PlayerWindow() override;
 
     // Draws shows with Qt Quick's own software renderer when OpenGL is itself emulated on the
@@ -33,6 +35,7 @@ public:
     void present();
     // Closes and deletes the window from the event loop (the player may be mid-step).
     void closeLater();
+    void toggleFullScreen();
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
@@ -40,7 +43,7 @@ protected:
 
 private:
     std::unique_ptr<PictureCaches> pictures;
-    QPointer<SlideshowView> player;
+    QPointer<ShowPlayer> player;
     PictureProvider* provider; // owned by the engine
     QScreen* targetScreen;
     bool windowed;

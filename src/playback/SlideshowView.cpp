@@ -11,13 +11,12 @@
 namespace tb {
 
 namespace {
-constexpr double indicatorDuration = 1.0;
 constexpr double shuffledFirstArmDelay = 0.1;
 } // namespace
 
 SlideshowView::SlideshowView(std::shared_ptr<Queue> queue, SlideshowConfiguration configuration,
                              PlayerServices services, QObject* parent)
-    : QObject(parent),
+    : ShowPlayer(parent),
       queue(std::move(queue)),
       config(std::move(configuration)),
       services(services),
@@ -25,7 +24,8 @@ SlideshowView::SlideshowView(std::shared_ptr<Queue> queue, SlideshowConfiguratio
       order(config.randomOrder, services.random),
       countdown(
           services.scheduler, config.slideshowDelay, [this] { return this->services.manager.isSlideshowRunning(); },
-          [this] { Q_EMIT remainingTimeChanged(); })
+          [this] { Q_EMIT remainingTimeChanged(); }),
+      indicators(services.scheduler, [this] { Q_EMIT indicatorsChanged(); })
 {
     connect(&services.manager, &SlideshowManager::isSlideshowRunningChanged, this, &SlideshowView::onRunningChanged);
     // What the window shows is known before it loads, so its first frame is already right.
@@ -53,6 +53,8 @@ const IdentifiableImage* SlideshowView::itemAt(int index) const
 {
     return index >= 0 && index < queue->size() ? &queue->at(index) : nullptr;
 }
+
+QUrl SlideshowView::scene() const { return QUrl(QStringLiteral("qrc:/tallowbrook/playback/qml/SlideshowPlayer.qml")); }
 
 QUrl SlideshowView::currentUrl() const
 {
@@ -238,7 +240,7 @@ void SlideshowView::pauseSlideshow()
     isVideoPlaying = false;
     countdown.freeze();
     if (!config.isManualMode)
-        showIndicator(pauseInfo);
+        indicators.paused();
     services.audio.pausePlayer();
     logInfo(QStringLiteral("Audio playback paused"));
     services.scheduler.cancel(slideshowWorkItem);
@@ -250,10 +252,10 @@ void SlideshowView::resumeSlideshow()
 {
     paused = false;
     isVideoPlaying = true;
-    pauseInfo = false;
-    if (!config.isManualMode)
-        showIndicator(resumeInfo);
-    Q_EMIT indicatorsChanged();
+    if (config.isManualMode)
+        indicators.hidePause();
+    else
+        indicators.resumed();
     Q_EMIT pausedChanged();
     services.scheduler.cancel(slideshowWorkItem);
     slideshowWorkItem = 0;
@@ -261,16 +263,6 @@ void SlideshowView::resumeSlideshow()
         arm(&SlideshowView::advanceAfterResume, std::max(countdown.remaining(), 0.1));
     countdown.resume();
     services.audio.play();
-}
-
-void SlideshowView::showIndicator(bool& flag)
-{
-    flag = true;
-    Q_EMIT indicatorsChanged();
-    later(indicatorDuration, [this, &flag] {
-        flag = false;
-        Q_EMIT indicatorsChanged();
-    });
 }
 
 void SlideshowView::handleKey(int key)

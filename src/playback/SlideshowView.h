@@ -1,7 +1,9 @@
 #pragma once
 
 #include "Countdown.h"
+#include "PauseIndicators.h"
 #include "PlayOrder.h"
+#include "ShowPlayer.h"
 #include "SlidePresentation.h"
 #include "ViewHistory.h"
 #include "core/Scheduler.h"
@@ -63,7 +65,7 @@ struct PlayerServices {
 // Scheduler, the keys and the one stop path; its window only shows this state and forwards
 // keys. Stopping is final: a new show is a new player. The queue is the main window's, shared,
 // so live mode can change it during the show and the show can outlive the window.
-class SlideshowView final : public QObject {
+class SlideshowView final : public ShowPlayer {
     Q_OBJECT
     Q_PROPERTY(int currentIndex READ currentIndex NOTIFY currentIndexChanged)
     Q_PROPERTY(QUrl currentUrl READ currentUrl NOTIFY currentIndexChanged)
@@ -84,14 +86,10 @@ public:
                   QObject* parent = nullptr);
     ~SlideshowView() override;
 
-    // Removes the player's window. Without it, the stop path reports that it has no window.
-    void setClosePlayer(std::function<void()> close) { closePlayer = std::move(close); }
-
-    void onAppear();
-    // The window went away (closed by hand, or after the stop path).
-    void onDisappear();
-    // Space, Escape, Left and Right; other keys are ignored.
-    void handleKey(int key);
+    QUrl scene() const override;
+    void onAppear() override;
+    void onDisappear() override;
+    void handleKey(int key) override;
 
     void pauseSlideshow();
     void resumeSlideshow();
@@ -105,8 +103,8 @@ public:
     QUrl currentUrl() const;
     double remainingTime() const { return countdown.remaining(); }
     bool isPaused() const { return paused; }
-    bool showPauseInfo() const { return pauseInfo; }
-    bool showResumeInfo() const { return resumeInfo; }
+    bool showPauseInfo() const { return indicators.showPauseInfo(); }
+    bool showResumeInfo() const { return indicators.showResumeInfo(); }
     QColor backgroundColor() const { return background; }
     QString currentKind() const { return slide.kind; }
     QString currentSource() const { return slide.source; }
@@ -150,7 +148,6 @@ private:
     void showIfMoved(int before);
     void showCurrent();
     const IdentifiableImage* itemAt(int index) const;
-    void showIndicator(bool& flag);
     // A one-shot task that dies with this player.
     void later(double seconds, std::function<void()> fn);
     void onRunningChanged(bool running);
@@ -163,18 +160,16 @@ private:
     const SlideshowConfiguration config;
     PlayerServices services;
     SleepPreventer sleepPreventer;
-    std::function<void()> closePlayer;
 
     QColor background = Qt::black;
     PlayOrder order;
     ViewHistory history;
     Countdown countdown;
     SlidePresentation slide;
+    PauseIndicators indicators;
     TaskId slideshowWorkItem = 0;
-    QList<TaskId> helperTasks; // the shuffled first arm and the indicator fades
+    QList<TaskId> helperTasks; // the shuffled first arm
     bool paused = false;
-    bool pauseInfo = false;
-    bool resumeInfo = false;
     bool isVideoPlaying = true;
     bool hasStopped = false;
 };

@@ -3,7 +3,10 @@
 #include "core/Logger.h"
 #include "media/PictureClient.h"
 #include "modes/DisplayManager.h"
+#include "playback/GridView.h"
+#include "playback/PictureProvider.h"
 #include "playback/PlayerWindow.h"
+#include "playback/SlideshowView.h"
 
 #include <QGuiApplication>
 #include <QScreen>
@@ -45,16 +48,25 @@ QScreen* ScreenPlayerPresenter::chooseScreen(int selectedDisplayID) const
 void ScreenPlayerPresenter::present(const ShowRequest& request, std::shared_ptr<Queue> queue)
 {
     QScreen* screen = chooseScreen(request.selectedDisplayID);
-    if (request.grid != GridOption::none)
-        logWarning(QStringLiteral("%1 is not available yet; playing the show one photo at a time.")
-                       .arg(gridOptionLabel(request.grid)));
-
     auto pictures = std::make_unique<PictureClient>(services.pictures);
-    auto* player =
-        new SlideshowView(std::move(queue), request.single,
-                          PlayerServices{services.scheduler, services.random, services.manager, services.audio,
-                                         *pictures, services.sleepInhibitor, services.settings});
-    window = new PlayerWindow(player, std::move(pictures), screen, request.startInWindowedMode, request.floatOnTop);
+    ShowPlayer* player = nullptr;
+    int pictureBacklog = PictureProvider::backlog;
+    if (request.grid != GridOption::none) {
+        const SlideshowConfiguration& single = request.single;
+        GridConfiguration grid{single.slideshowDelay,     single.randomOrder,          single.loopSlideshow,
+                               single.isManualMode,       single.startingImageId,      gridRows(request.grid),
+                               gridColumns(request.grid), request.syncGridTransitions, single.screensaverMode};
+        player = new GridView(std::move(queue), grid,
+                              GridServices{services.scheduler, services.random, services.manager, services.audio,
+                                           *pictures, services.settings});
+        pictureBacklog = PictureProvider::cellBacklog;
+    } else {
+        player = new SlideshowView(std::move(queue), request.single,
+                                   PlayerServices{services.scheduler, services.random, services.manager, services.audio,
+                                                  *pictures, services.sleepInhibitor, services.settings});
+    }
+    window = new PlayerWindow(player, std::move(pictures), pictureBacklog, screen, request.startInWindowedMode,
+                              request.floatOnTop);
     QPointer<PlayerWindow> target = window;
     player->setClosePlayer([target] {
         if (target)

@@ -113,3 +113,31 @@ TEST(PictureClient, EmptiesOnlyWhatItBroughtIn)
     show.clearPictures();
     EXPECT_FALSE(service.pictures.isCached(files[2])) << "preloaded pictures are the show's";
 }
+
+// A grid cell gets the picture stretched to exactly its pixels, kept with the thumbnails, so the
+// grid's "empty the thumbnails" reaches it; a file that cannot be read leaves the cell empty.
+TEST(PictureClient, CellPicturesAreStretchedToTheCell)
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("wide.jpg"));
+    ASSERT_TRUE(writePicture(twoColourPicture(800, 400), path));
+    const QUrl url = QUrl::fromLocalFile(path);
+    PictureService service;
+    PictureClient grid(service);
+    const auto cell = grid.cellPicture(url, false, QSize(90, 120));
+    ASSERT_TRUE(cell);
+    EXPECT_EQ(cell->size(), QSize(90, 120));
+    EXPECT_GT(qRed(cell->pixel(5, 60)), 200);
+    EXPECT_GT(qBlue(cell->pixel(85, 60)), 200);
+    EXPECT_TRUE(service.thumbnails.isCachedStretched(url, QSize(90, 120)));
+    grid.clearThumbnails();
+    EXPECT_FALSE(service.thumbnails.isCachedStretched(url, QSize(90, 120)));
+
+    const QString broken = dir.filePath(QStringLiteral("broken.jpg"));
+    QFile file(broken);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("not a picture");
+    file.close();
+    EXPECT_FALSE(grid.cellPicture(QUrl::fromLocalFile(broken), false, QSize(90, 120)));
+    EXPECT_FALSE(grid.cellPicture(url, false, QSize()));
+}

@@ -63,7 +63,16 @@ public:
         ++thumbnailRequests;
         return picture(url, isVideo);
     }
+    std::optional<QImage> cellPicture(const QUrl& url, bool isVideo, QSize pixelSize) override
+    {
+        ++cellRequests;
+        auto image = picture(url, isVideo);
+        if (image && !pixelSize.isEmpty())
+            *image = image->scaled(pixelSize);
+        return image;
+    }
     std::atomic<int> thumbnailRequests{0};
+    std::atomic<int> cellRequests{0};
     int pictureClears = 0;
     int thumbnailClears = 0;
     int videoThumbnailClears = 0;

@@ -206,25 +206,6 @@ Rectangle {
         }
     }
 
-    component Indicator: Rectangle {
-        property alias text: label.text
-        property bool shown: false
-        anchors.centerIn: parent
-        width: label.implicitWidth + 32
-        height: label.implicitHeight + 20
-        radius: 10
-        color: Qt.rgba(0, 0, 0, 0.5)
-        opacity: shown ? 1 : 0
-        Behavior on opacity { NumberAnimation { duration: 250 } }
-        Text {
-            id: label
-            anchors.centerIn: parent
-            color: "white"
-            font.pixelSize: 22
-            font.bold: true
-        }
-    }
-
-    Indicator { text: "Slideshow paused"; shown: root.player.showPauseInfo }
-    Indicator { text: "Slideshow resumed"; shown: root.player.showResumeInfo }
+    PauseIndicator { text: "Slideshow paused"; shown: root.player.showPauseInfo }
+    PauseIndicator { text: "Slideshow resumed"; shown: root.player.showResumeInfo }
 }
