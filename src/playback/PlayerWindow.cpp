@@ -1,10 +1,14 @@
 #include "PlayerWindow.h"
 
+#include "ClipFrameItem.h"
+#include "CursorHider.h"
 #include "PictureProvider.h"
 #include "ShowPlayer.h"
 #include "core/Logger.h"
 #include "media/PictureCaches.h"
 
+#include <QCursor>
+#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QOffscreenSurface>
 #include <QOpenGLContext>
@@ -18,6 +22,8 @@ PlayerWindow::PlayerWindow(ShowPlayer* player, std::unique_ptr<PictureCaches> pi
                            QScreen* screen, bool windowed, bool floatOnTop)
     : pictures(std::move(pictures)), player(player), provider(nullptr), targetScreen(screen), windowed(windowed)
 {
+    static const int registered = qmlRegisterType<ClipFrameItem>("Tallowbrook.Playback", 1, 0, "ClipFrames");
+    Q_UNUSED(registered);
     player->setParent(this);
     setColor(Qt::black);
     setTitle(QStringLiteral("Tallowbrook Slideshow"));
@@ -107,6 +113,20 @@ void PlayerWindow::toggleFullScreen()
     } else {
         showFullScreen();
     }
+}
+
+void PlayerWindow::hideIdleCursor(Scheduler& scheduler)
+{
+    if (!player || !player->hidesCursor())
+        return;
+    new CursorHider(
+        scheduler,
+        [this] {
+            return visibility() == QWindow::FullScreen &&
+                   QGuiApplication::applicationState() == Qt::ApplicationActive &&
+                   QGuiApplication::screenAt(QCursor::pos()) == screen();
+        },
+        this);
 }
 
 void PlayerWindow::keyPressEvent(QKeyEvent* event)

@@ -8,6 +8,7 @@
 namespace tb {
 
 class PictureProvider;
+class Scheduler;
 class PictureCaches;
 class ShowPlayer;
 
@@ -36,6 +37,9 @@ public:
     // Closes and deletes the window from the event loop (the player may be mid-step).
     void closeLater();
     void toggleFullScreen();
+    // Hides the pointer over the full-screen show after a second without input, if the player
+    // wants it; the hider goes with the window.
+    void hideIdleCursor(Scheduler& scheduler);
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;

@@ -22,6 +22,8 @@ public:
     virtual void onDisappear() = 0;
     // A key pressed in the player's window; modifiers are not looked at.
     virtual void handleKey(int key) = 0;
+    // Whether the pointer hides over the show after a second without input.
+    virtual bool hidesCursor() const { return false; }
 
     // Removes the player's window. Without it, the stop path reports that it has no window.
     void setClosePlayer(std::function<void()> close) { closePlayer = std::move(close); }

@@ -1,12 +1,17 @@
 #include "SlideshowView.h"
 
+#include "InfoBox.h"
 #include "PreloadPolicy.h"
 #include "SlideshowManager.h"
 #include "audio/SlideshowAudio.h"
+#include "core/FileRevealer.h"
 #include "core/Logger.h"
 #include "core/SettingsStore.h"
+#include "media/MetadataService.h"
 #include "media/PictureCaches.h"
 #include "media/Queue.h"
+
+#include <cmath>
 
 namespace tb {
 
@@ -30,6 +35,7 @@ SlideshowView::SlideshowView(std::shared_ptr<Queue> queue, SlideshowConfiguratio
     connect(&services.manager, &SlideshowManager::isSlideshowRunningChanged, this, &SlideshowView::onRunningChanged);
     // What the window shows is known before it loads, so its first frame is already right.
     background = services.settings.loadColor(Settings::backgroundColorData, Qt::black);
+    muted = services.settings.value(Settings::muteVideoAudio);
     showCurrent();
 }
 
@@ -237,7 +243,7 @@ void SlideshowView::arrowStep(void (SlideshowView::*step)())
 void SlideshowView::pauseSlideshow()
 {
     paused = true;
-    isVideoPlaying = false;
+    videoPlaying = false;
     countdown.freeze();
     if (!config.isManualMode)
         indicators.paused();
@@ -251,7 +257,7 @@ void SlideshowView::pauseSlideshow()
 void SlideshowView::resumeSlideshow()
 {
     paused = false;
-    isVideoPlaying = true;
+    videoPlaying = true;
     if (config.isManualMode)
         indicators.hidePause();
     else
@@ -284,9 +290,55 @@ void SlideshowView::handleKey(int key)
     case Qt::Key_Left:
         goBackByArrow();
         break;
+    case Qt::Key_T:
+        timerShown = !timerShown;
+        Q_EMIT overlaysChanged();
+        break;
+    case Qt::Key_I:
+        infoShown = !infoShown;
+        rebuildInfo();
+        Q_EMIT overlaysChanged();
+        break;
+    case Qt::Key_F:
+        if (toggleFullScreen)
+            toggleFullScreen();
+        break;
+    case Qt::Key_R:
+        if (const IdentifiableImage* item = itemAt(order.current()))
+            services.revealer.reveal(item->filePath());
+        break;
     default:
         break;
     }
+}
+
+QString SlideshowView::countdownText() const { return QString::asprintf("%.0f", std::ceil(countdown.remaining())); }
+
+void SlideshowView::rebuildInfo()
+{
+    const IdentifiableImage* item = itemAt(order.current());
+    if (!infoShown || !item)
+        return;
+    info = infoBoxText(*item, services.metadata.exifData(*item));
+}
+
+// Clips
+
+void SlideshowView::onVideoDismantled() { logInfo(QStringLiteral("VideoPlayerView dismantled")); }
+
+void SlideshowView::onVideoEnded()
+{
+    if (hasStopped || config.isManualMode ||
+        services.settings.value(Settings::videoPlaybackMode) != QLatin1String("fullVideo"))
+        return;
+    logInfo(QStringLiteral("[SlideshowView] Video ended, advancing to next item"));
+    services.scheduler.cancel(slideshowWorkItem);
+    slideshowWorkItem = 0;
+    if (!videoPlaying) {
+        videoPlaying = true;
+        Q_EMIT pausedChanged();
+    }
+    goForwardByArrow();
 }
 
 void SlideshowView::showIfMoved(int before)
@@ -295,7 +347,9 @@ void SlideshowView::showIfMoved(int before)
         return;
     countdown.start();
     showCurrent();
+    rebuildInfo();
     Q_EMIT currentIndexChanged();
+    Q_EMIT overlaysChanged();
 }
 
 void SlideshowView::showCurrent()

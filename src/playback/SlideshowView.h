@@ -25,6 +25,8 @@
 
 namespace tb {
 
+class FileRevealer;
+class MetadataService;
 class PictureCaches;
 class Queue;
 class RandomSource;
@@ -57,6 +59,8 @@ struct PlayerServices {
     PictureCaches& caches;
     SleepInhibitor& sleepInhibitor;
     SettingsStore& settings;
+    FileRevealer& revealer;
+    MetadataService& metadata;
 };
 
 // The single-photo player: which item is on screen, when the next comes, and how shuffle, loop,
@@ -81,6 +85,15 @@ class SlideshowView final : public ShowPlayer {
     Q_PROPERTY(double crossfadeDuration READ crossfadeDuration CONSTANT)
     Q_PROPERTY(double kenBurnsScale READ kenBurnsScale NOTIFY currentIndexChanged)
     Q_PROPERTY(QPointF kenBurnsOffset READ kenBurnsOffset NOTIFY currentIndexChanged)
+    // The countdown badge (T) and the file information box (I).
+    Q_PROPERTY(bool showTimer READ showTimer NOTIFY overlaysChanged)
+    Q_PROPERTY(QString countdownText READ countdownText NOTIFY remainingTimeChanged)
+    Q_PROPERTY(bool showInfobox READ showInfobox NOTIFY overlaysChanged)
+    Q_PROPERTY(QString currentImageInfo READ currentImageInfo NOTIFY overlaysChanged)
+    // A clip on screen: whether it plays (pause holds it), whether it repeats, whether it is heard.
+    Q_PROPERTY(bool isVideoPlaying READ isVideoPlaying NOTIFY pausedChanged)
+    Q_PROPERTY(bool clipsLoop READ clipsLoop CONSTANT)
+    Q_PROPERTY(bool muteVideoAudio READ muteVideoAudio CONSTANT)
 public:
     SlideshowView(std::shared_ptr<Queue> queue, SlideshowConfiguration configuration, PlayerServices services,
                   QObject* parent = nullptr);
@@ -89,7 +102,13 @@ public:
     QUrl scene() const override;
     void onAppear() override;
     void onDisappear() override;
+    // Space or Escape, then each of Right, Left, T, I, F and R; other keys do nothing.
     void handleKey(int key) override;
+    bool hidesCursor() const override { return true; }
+    // A clip on screen played to its end.
+    Q_INVOKABLE void onVideoEnded();
+    // A clip's view went away with its slide.
+    Q_INVOKABLE void onVideoDismantled();
 
     void pauseSlideshow();
     void resumeSlideshow();
@@ -112,6 +131,13 @@ public:
     double crossfadeDuration() const { return config.crossfadeDuration; }
     double kenBurnsScale() const { return slide.kenBurnsScale; }
     QPointF kenBurnsOffset() const { return slide.kenBurnsOffset; }
+    bool showTimer() const { return timerShown; }
+    QString countdownText() const;
+    bool showInfobox() const { return infoShown; }
+    QString currentImageInfo() const { return info; }
+    bool isVideoPlaying() const { return videoPlaying; }
+    bool clipsLoop() const { return config.isManualMode; }
+    bool muteVideoAudio() const { return muted; }
     bool hasStoppedSlideshow() const { return hasStopped; }
     const QList<int>& shuffledIndices() const { return order.shuffledIndices(); }
     int shuffledIndex() const { return order.shuffledIndex(); }
@@ -125,6 +151,7 @@ Q_SIGNALS:
     void remainingTimeChanged();
     void pausedChanged();
     void indicatorsChanged();
+    void overlaysChanged();
 
 private:
     bool mayArm() const;
@@ -147,6 +174,8 @@ private:
     // After the order moved: a full countdown and the new item's slide.
     void showIfMoved(int before);
     void showCurrent();
+    // The information box's text for the item on screen; read only while the box is shown.
+    void rebuildInfo();
     const IdentifiableImage* itemAt(int index) const;
     // A one-shot task that dies with this player.
     void later(double seconds, std::function<void()> fn);
@@ -170,7 +199,11 @@ private:
     TaskId slideshowWorkItem = 0;
     QList<TaskId> helperTasks; // the shuffled first arm
     bool paused = false;
-    bool isVideoPlaying = true;
+    bool videoPlaying = true;
+    bool muted = false;
+    bool timerShown = false;
+    bool infoShown = false;
+    QString info;
     bool hasStopped = false;
 };
 

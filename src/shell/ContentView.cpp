@@ -62,7 +62,7 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
     playerPresenter = std::make_unique<ScreenPlayerPresenter>(
         ScreenPlayerPresenter::Services{services.scheduler, services.random, services.slideshowManager, services.audio,
                                         services.pictures, services.sleepInhibitor, services.settings,
-                                        services.displays},
+                                        services.displays, services.fileRevealer, services.metadata},
         this);
     sessionControl = std::make_unique<SessionControl>(
         items, SessionControl::Services{services.settings, services.slideshowManager, services.audio,

@@ -63,7 +63,8 @@ void ScreenPlayerPresenter::present(const ShowRequest& request, std::shared_ptr<
     } else {
         player = new SlideshowView(std::move(queue), request.single,
                                    PlayerServices{services.scheduler, services.random, services.manager, services.audio,
-                                                  *pictures, services.sleepInhibitor, services.settings});
+                                                  *pictures, services.sleepInhibitor, services.settings,
+                                                  services.revealer, services.metadata});
     }
     window = new PlayerWindow(player, std::move(pictures), pictureBacklog, screen, request.startInWindowedMode,
                               request.floatOnTop);
@@ -72,6 +73,7 @@ void ScreenPlayerPresenter::present(const ShowRequest& request, std::shared_ptr<
         if (target)
             target->closeLater();
     });
+    window->hideIdleCursor(services.scheduler);
     window->present();
     player->onAppear();
 }

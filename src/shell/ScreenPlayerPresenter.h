@@ -11,6 +11,8 @@ class QWidget;
 namespace tb {
 
 class DisplayManager;
+class FileRevealer;
+class MetadataService;
 class PictureService;
 class RandomSource;
 class Scheduler;
@@ -33,6 +35,8 @@ public:
         SleepInhibitor& sleepInhibitor;
         SettingsStore& settings;
         DisplayManager& displays;
+        FileRevealer& revealer;
+        MetadataService& metadata;
     };
 
     ScreenPlayerPresenter(Services services, QWidget* mainWindow);

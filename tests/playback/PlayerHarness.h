@@ -2,6 +2,7 @@
 
 #include "core/ManualScheduler.h"
 #include "core/SettingsStore.h"
+#include "media/MetadataService.h"
 #include "media/Queue.h"
 #include "playback/SlideshowManager.h"
 #include "playback/SlideshowView.h"
@@ -23,6 +24,8 @@ struct PlayerHarness {
     FakeAudio audio;
     FakeCaches caches;
     FakeInhibitor inhibitor;
+    FakeRevealer revealer;
+    MetadataService metadata;
     SettingsStore settings{dir.filePath(QStringLiteral("settings.conf"))};
     std::shared_ptr<Queue> queue = std::make_shared<Queue>();
     int closes = 0;
@@ -36,7 +39,7 @@ struct PlayerHarness {
         manager.setSlideshowRunning(true);
         player = std::make_unique<SlideshowView>(
             queue, std::move(configuration),
-            PlayerServices{scheduler, random, manager, audio, caches, inhibitor, settings});
+            PlayerServices{scheduler, random, manager, audio, caches, inhibitor, settings, revealer, metadata});
         if (withWindow)
             player->setClosePlayer([this] { ++closes; });
         player->onAppear();

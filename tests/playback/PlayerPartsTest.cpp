@@ -1,9 +1,15 @@
 #include "core/ManualScheduler.h"
 #include "playback/Countdown.h"
+#include "playback/CursorHider.h"
 #include "playback/PictureProvider.h"
 #include "playback/SlidePresentation.h"
 #include "playback/ViewHistory.h"
 #include "support/PlaybackDoubles.h"
+
+#include <QCursor>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QWindow>
 
 #include <gtest/gtest.h>
 
@@ -107,4 +113,53 @@ TEST(SlidePresentation, TheViewFollowsTheItemAndTheSettingsWithoutReadingTheFile
     EXPECT_EQ(SlidePresentation::choose(&clip, TransitionType::none, ImageScalingMode::fit, random).source,
               PictureProvider::sourceFor(clip.url(), true))
         << "a clip shows its poster frame";
+}
+
+// The pointer hides after a second without input, comes back when it moves, and the hider leaves
+// no hidden pointer or watching filter behind.
+TEST(CursorHider, HidesAfterASecondWithoutInput)
+{
+    ManualScheduler scheduler;
+    bool fullScreen = true;
+    QWindow window;
+    auto hider = std::make_unique<CursorHider>(scheduler, [&] { return fullScreen; });
+    const auto send = [&](QEvent::Type type) {
+        if (type == QEvent::KeyPress) {
+            QKeyEvent key(type, Qt::Key_A, Qt::NoModifier);
+            QCoreApplication::sendEvent(&window, &key);
+        } else if (type == QEvent::MouseMove) {
+            QMouseEvent move(type, QPointF(5, 5), QPointF(5, 5), Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+            QCoreApplication::sendEvent(&window, &move);
+        } else {
+            QEvent other(type);
+            QCoreApplication::sendEvent(&window, &other);
+        }
+    };
+    const auto blank = [] {
+        return QGuiApplication::overrideCursor() && QGuiApplication::overrideCursor()->shape() == Qt::BlankCursor;
+    };
+
+    scheduler.advance(0.6);
+    send(QEvent::KeyPress);
+    scheduler.advance(0.6);
+    EXPECT_FALSE(hider->isHidden()) << "a key restarts the second";
+    send(QEvent::UpdateRequest);
+    scheduler.advance(0.4);
+    EXPECT_TRUE(hider->isHidden()) << "a repaint is not input";
+    EXPECT_TRUE(blank());
+
+    send(QEvent::MouseMove);
+    EXPECT_FALSE(hider->isHidden());
+    EXPECT_FALSE(blank());
+    fullScreen = false;
+    scheduler.advance(1.0);
+    EXPECT_FALSE(hider->isHidden()) << "a windowed show keeps its pointer";
+
+    fullScreen = true;
+    send(QEvent::MouseMove);
+    scheduler.advance(1.0);
+    ASSERT_TRUE(hider->isHidden());
+    hider.reset();
+    EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
+    EXPECT_EQ(scheduler.pendingCount(), 0);
 }

@@ -241,7 +241,8 @@ TEST(SlideshowView, AClipPlayedToItsEndArmsNoTimer)
                                        QStringLiteral("c.mp4"), QStringLiteral("/"), std::nullopt, false, true, 8.0)});
     h.queue->append(makeQueue(1));
     SlideshowView p(h.queue, timed(false, false),
-                    PlayerServices{h.scheduler, h.random, h.manager, h.audio, h.caches, h.inhibitor, h.settings});
+                    PlayerServices{h.scheduler, h.random, h.manager, h.audio, h.caches, h.inhibitor, h.settings,
+                                   h.revealer, h.metadata});
     p.onAppear();
     EXPECT_EQ(p.pendingAdvance(), 0u);
     h.settings.set(Settings::videoPlaybackMode, QStringLiteral("useDelay"));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "audio/SlideshowAudio.h"
+#include "core/FileRevealer.h"
 #include "core/RandomSource.h"
 #include "core/SleepInhibitor.h"
 #include "media/PictureCaches.h"
@@ -122,6 +123,12 @@ private:
         else
             fn();
     }
+};
+
+class FakeRevealer final : public FileRevealer {
+public:
+    void reveal(const QString& filePath) override { revealed.append(filePath); }
+    QStringList revealed;
 };
 
 class SeededRandom final : public RandomSource {

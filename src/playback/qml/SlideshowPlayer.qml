@@ -26,6 +26,7 @@ Rectangle {
         currentSlide = slideComponent.createObject(slides, {
             kind: player.currentKind,
             source: player.currentSource,
+            clip: player.currentUrl,
             zoom: player.kenBurnsScale,
             drift: player.kenBurnsOffset,
             previous: previous
@@ -50,6 +51,7 @@ Rectangle {
 
             property string kind
             property string source
+            property url clip
             property real zoom: 1
             property point drift
             property Item previous
@@ -112,8 +114,8 @@ Rectangle {
                     case "kenBurns": return kenBurnsView
                     case "bestFit": return bestFitView
                     case "fill": return fillView
-                    case "fit":
-                    case "video": return fitView
+                    case "video": return videoView
+                    case "fit": return fitView
                     default: return null
                     }
                 }
@@ -126,6 +128,13 @@ Rectangle {
                     source: slide.source
                     fillMode: Image.PreserveAspectFit
                     cache: false
+                }
+            }
+            Component {
+                id: videoView
+                VideoPlayerView {
+                    source: slide.clip
+                    player: root.player
                 }
             }
             Component {
@@ -203,6 +212,43 @@ Rectangle {
                     }
                 }
             }
+        }
+    }
+
+    // The countdown badge: always laid out, shown by its opacity.
+    Rectangle {
+        objectName: "countdown"
+        anchors { top: parent.top; right: parent.right; margins: 20 }
+        width: 60
+        height: 40
+        radius: 10
+        color: Qt.rgba(0, 0, 0, 0.5)
+        opacity: root.player.showTimer ? 1 : 0
+        Text {
+            anchors.centerIn: parent
+            text: root.player.countdownText
+            color: "white"
+            font.pixelSize: 24
+            font.bold: true
+        }
+    }
+
+    // The file information box.
+    Rectangle {
+        objectName: "infobox"
+        anchors { bottom: parent.bottom; right: parent.right; margins: 20 }
+        visible: root.player.showInfobox && root.player.currentIndex >= 0 && root.player.currentImageInfo !== ""
+        width: info.implicitWidth + 24
+        height: info.implicitHeight + 24
+        radius: 10
+        color: Qt.rgba(0, 0, 0, 0.5)
+        Text {
+            id: info
+            anchors.centerIn: parent
+            text: root.player.currentImageInfo
+            color: "white"
+            font.pixelSize: 20
+            textFormat: Text.PlainText
         }
     }
 
