@@ -6,16 +6,19 @@
 //   player_bench advance <first> <second>      time from an advance to the new picture on screen
 // Run under a display (bench/run_player.sh starts Xvfb at 1920x1080).
 #include "audio/SlideshowAudio.h"
+#include "core/FileRevealer.h"
 #include "core/Logger.h"
 #include "core/QtScheduler.h"
 #include "core/RandomSource.h"
 #include "core/SettingsStore.h"
 #include "core/SleepInhibitor.h"
 #include "media/IdentifiableImage.h"
+#include "media/MetadataService.h"
 #include "media/PictureClient.h"
 #include "media/PictureService.h"
 #include "media/Queue.h"
 #include "platform/LinuxProcessMemory.h"
+#include "playback/PictureProvider.h"
 #include "playback/PlayerWindow.h"
 #include "playback/SlideshowManager.h"
 #include "playback/SlideshowView.h"
@@ -38,6 +41,11 @@ class NoHold final : public tb::SleepInhibitor {
 public:
     void inhibit(const QString&, Inhibited done) override { done(quint32(1)); }
     void uninhibit(quint32, Released done) override { done(std::nullopt); }
+};
+
+class NoReveal final : public tb::FileRevealer {
+public:
+    void reveal(const QString&) override {}
 };
 
 // Waits, running the event loop, until the condition holds or the time is up.
@@ -82,6 +90,8 @@ int main(int argc, char* argv[])
     auto pictures = std::make_unique<tb::PictureClient>(service);
     tb::PictureClient& caches = *pictures;
     NoHold hold;
+    NoReveal revealer;
+    tb::MetadataService metadata;
 
     auto queue = std::make_shared<tb::Queue>();
     QList<tb::IdentifiableImage> images;
@@ -99,9 +109,11 @@ int main(int argc, char* argv[])
     config.slideshowDelay = 0.05;
     manager.setSlideshowRunning(true);
     queue->append(images);
-    auto* player = new tb::SlideshowView(queue, config, {scheduler, random, manager, audio, caches, hold, settings});
+    auto* player = new tb::SlideshowView(
+        queue, config, {scheduler, random, manager, audio, caches, hold, settings, revealer, metadata});
     // As the program makes it: the window deletes itself once the show has ended.
-    QPointer<tb::PlayerWindow> shown = new tb::PlayerWindow(player, std::move(pictures), screen, false, false);
+    QPointer<tb::PlayerWindow> shown =
+        new tb::PlayerWindow(player, std::move(pictures), tb::PictureProvider::backlog, screen, false, false);
     tb::PlayerWindow& window = *shown;
     player->setClosePlayer([shown] {
         if (shown)

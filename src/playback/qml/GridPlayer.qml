@@ -13,7 +13,19 @@ Rectangle {
     readonly property real cellWidth: (width - gap * (player.columns - 1)) / player.columns
     readonly property real cellHeight: (height - gap * (player.rows - 1)) / player.rows
 
+    // Every cell shows the picture it should (or is empty when it should be).
+    function settled() {
+        for (let i = 0; i < cells.count; ++i) {
+            const cell = cells.itemAt(i)
+            if (!cell || cell.front.source.toString() !== cell.wanted
+                    || (cell.wanted !== "" && cell.front.status === Image.Loading))
+                return false
+        }
+        return true
+    }
+
     Repeater {
+        id: cells
         model: root.player.rows * root.player.columns
 
         Item {
