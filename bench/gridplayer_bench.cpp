@@ -92,8 +92,8 @@ int main(int argc, char* argv[])
     config.loopSlideshow = true;
     manager.setSlideshowRunning(true);
     auto* player = new tb::GridView(queue, config, {scheduler, random, manager, audio, caches, settings});
-    QPointer<tb::PlayerWindow> shown =
-        new tb::PlayerWindow(player, std::move(pictures), tb::PictureProvider::cellBacklog, screen, false, false);
+    QPointer<tb::PlayerWindow> shown = new tb::PlayerWindow(
+        player, std::move(pictures), tb::PictureProvider::cellBacklog, settings, screen, false, false);
     tb::PlayerWindow& window = *shown;
     player->setClosePlayer([shown] {
         if (shown)

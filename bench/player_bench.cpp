@@ -113,7 +113,7 @@ int main(int argc, char* argv[])
         queue, config, {scheduler, random, manager, audio, caches, hold, settings, revealer, metadata});
     // As the program makes it: the window deletes itself once the show has ended.
     QPointer<tb::PlayerWindow> shown =
-        new tb::PlayerWindow(player, std::move(pictures), tb::PictureProvider::backlog, screen, false, false);
+        new tb::PlayerWindow(player, std::move(pictures), tb::PictureProvider::backlog, settings, screen, false, false);
     tb::PlayerWindow& window = *shown;
     player->setClosePlayer([shown] {
         if (shown)

@@ -2,6 +2,7 @@
 
 #include "ClipFrameItem.h"
 #include "CursorHider.h"
+#include "OverlayView.h"
 #include "PictureProvider.h"
 #include "ShowPlayer.h"
 #include "core/Logger.h"
@@ -19,8 +20,13 @@
 namespace tb {
 
 PlayerWindow::PlayerWindow(ShowPlayer* player, std::unique_ptr<PictureCaches> pictures, int pictureBacklog,
-                           QScreen* screen, bool windowed, bool floatOnTop)
-    : pictures(std::move(pictures)), player(player), provider(nullptr), targetScreen(screen), windowed(windowed)
+                           SettingsStore& settings, QScreen* screen, bool windowed, bool floatOnTop)
+    : pictures(std::move(pictures)),
+      player(player),
+      provider(nullptr),
+      overlay(nullptr),
+      targetScreen(screen),
+      windowed(windowed)
 {
     static const int registered = qmlRegisterType<ClipFrameItem>("Tallowbrook.Playback", 1, 0, "ClipFrames");
     Q_UNUSED(registered);
@@ -31,7 +37,13 @@ PlayerWindow::PlayerWindow(ShowPlayer* player, std::unique_ptr<PictureCaches> pi
     setResizeMode(QQuickView::SizeRootObjectToView);
     provider = new PictureProvider(*this->pictures, pictureBacklog);
     engine()->addImageProvider(QStringLiteral("picture"), provider);
-    setInitialProperties({{QStringLiteral("player"), QVariant::fromValue<QObject*>(player)}});
+    // The mark is at most the largest share (15 %) of the screen's width, in device pixels.
+    QScreen* measured = screen ? screen : QGuiApplication::primaryScreen();
+    const int widest = measured ? int(measured->geometry().width() * measured->devicePixelRatio() * 0.15) : 0;
+    overlay = new OverlayView(settings, widest, this);
+    engine()->addImageProvider(QStringLiteral("overlay"), overlay->makeImageProvider());
+    setInitialProperties({{QStringLiteral("player"), QVariant::fromValue<QObject*>(player)},
+                          {QStringLiteral("overlay"), QVariant::fromValue<QObject*>(overlay)}});
     player->setToggleFullScreen([this] { toggleFullScreen(); });
     setSource(player->scene());
     for (const QQmlError& error : errors())
@@ -81,6 +93,7 @@ QRect PlayerWindow::windowedGeometry(const QRect& screen)
 
 void PlayerWindow::present()
 {
+    overlay->onAppear();
     const QRect frame = targetScreen ? targetScreen->geometry() : QRect(0, 0, 1280, 800);
     if (windowed) {
         setGeometry(windowedGeometry(frame));

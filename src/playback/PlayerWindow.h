@@ -7,7 +7,9 @@
 
 namespace tb {
 
+class OverlayView;
 class PictureProvider;
+class SettingsStore;
 class Scheduler;
 class PictureCaches;
 class ShowPlayer;
@@ -20,8 +22,9 @@ class PlayerWindow final : public QQuickView {
     Q_OBJECT
 public:
     // `pictureBacklog`: how many picture decodes may wait at once (see PictureProvider).
-    PlayerWindow(ShowPlayer* player, std::unique_ptr<PictureCaches> pictures, int pictureBacklog, QScreen* screen,
-                 bool windowed, bool floatOnTop);
+    // The overlay mark reads its own settings from `settings`.
+    PlayerWindow(ShowPlayer* player, std::unique_ptr<PictureCaches> pictures, int pictureBacklog,
+                 SettingsStore& settings, QScreen* screen, bool windowed, bool floatOnTop);
     ~PlayerWindow() override;
 
     // Draws shows with Qt Quick's own software renderer when OpenGL is itself emulated on the
@@ -49,6 +52,7 @@ private:
     std::unique_ptr<PictureCaches> pictures;
     QPointer<ShowPlayer> player;
     PictureProvider* provider; // owned by the engine
+    OverlayView* overlay;      // a child of the window
     QScreen* targetScreen;
     bool windowed;
     bool disappeared = false;

@@ -66,8 +66,8 @@ void ScreenPlayerPresenter::present(const ShowRequest& request, std::shared_ptr<
                                                   *pictures, services.sleepInhibitor, services.settings,
                                                   services.revealer, services.metadata});
     }
-    window = new PlayerWindow(player, std::move(pictures), pictureBacklog, screen, request.startInWindowedMode,
-                              request.floatOnTop);
+    window = new PlayerWindow(player, std::move(pictures), pictureBacklog, services.settings, screen,
+                              request.startInWindowedMode, request.floatOnTop);
     QPointer<PlayerWindow> target = window;
     player->setClosePlayer([target] {
         if (target)

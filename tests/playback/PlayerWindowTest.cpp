@@ -64,7 +64,7 @@ struct PlayerWindowTest : testing::Test {
 
     void open(ShowPlayer* player, int backlog = 2)
     {
-        window = new PlayerWindow(player, std::make_unique<FakeCaches>(), backlog, nullptr, true, false);
+        window = new PlayerWindow(player, std::make_unique<FakeCaches>(), backlog, settings, nullptr, true, false);
         player->setClosePlayer([this] {
             ++closes;
             if (window)
@@ -147,6 +147,9 @@ TEST_F(PlayerWindowTest, TheGridIgnoresTheSinglePlayersLetters)
 {
     for (const QString& name : {QStringLiteral("a.png"), QStringLiteral("b.png"), QStringLiteral("c.png")})
         queue->append({makeItem(picture(name, Qt::green))});
+    settings.set(Settings::overlayEnabled, true);
+    settings.set(Settings::overlayType, QStringLiteral("text"));
+    settings.set(Settings::overlayText, QStringLiteral("Tallowbrook"));
     GridConfiguration c;
     c.isManualMode = true;
     auto* grid = new GridView(queue, c, GridServices{scheduler, random, manager, audio, dummyCaches, settings});
@@ -161,6 +164,10 @@ TEST_F(PlayerWindowTest, TheGridIgnoresTheSinglePlayersLetters)
     ASSERT_TRUE(QTest::qWaitFor([&] { return near(at(0.25, 0.5), Qt::green) && near(at(0.75, 0.5), Qt::green); }, 5000))
         << "both cells are drawn";
     EXPECT_TRUE(near(centre(), Qt::black)) << "the gap between them shows the background";
+    auto* mark = window->rootObject()->findChild<QQuickItem*>(QStringLiteral("overlayText"));
+    ASSERT_TRUE(mark);
+    EXPECT_TRUE(mark->isVisible()) << "the grid carries the overlay mark";
+    EXPECT_GT(mark->x(), window->width() / 2.0) << "in the window's corner, not a cell's";
 }
 
 // A clip that plays to its end moves the show on as the right arrow does: as the last item of a

@@ -6,6 +6,7 @@ import QtQuick
 Rectangle {
     id: root
     required property QtObject player
+    required property QtObject overlay
     color: player.backgroundColor
     clip: true
 
@@ -90,4 +91,7 @@ Rectangle {
 
     PauseIndicator { text: "Slideshow paused"; shown: root.player.showPauseInfo }
     PauseIndicator { text: "Slideshow resumed"; shown: root.player.showResumeInfo }
+
+    // The mark lies above everything, placed in the window's corner.
+    Overlay { overlay: root.overlay }
 }
