@@ -1,12 +1,5 @@
 #include "playback/GridView.h"
-#include "core/ManualScheduler.h"
-#include "core/SettingsStore.h"
-#include "media/Queue.h"
-#include "playback/SlideshowManager.h"
-#include "support/LogCapture.h"
-#include "support/PlaybackDoubles.h"
-
-#include <QTemporaryDir>
+#include "PlayerHarness.h"
 
 #include <gtest/gtest.h>
 
@@ -18,19 +11,10 @@ using namespace tb::test;
 namespace {
 
 // One grid player with doubles for everything it touches.
-struct GridHarness {
-    QTemporaryDir dir;
-    ManualScheduler scheduler;
-    SeededRandom random;
-    SlideshowManager manager;
-    FakeAudio audio;
-    FakeCaches caches;
-    SettingsStore settings{dir.filePath(QStringLiteral("settings.conf"))};
-    std::shared_ptr<Queue> queue = std::make_shared<Queue>();
-    int closes = 0;
+struct GridHarness : ShowDoubles {
     std::unique_ptr<GridView> player;
 
-    explicit GridHarness(std::uint64_t seed = 1) : random(seed) {}
+    explicit GridHarness(std::uint64_t seed = 1) : ShowDoubles(seed) {}
 
     GridView& start(int count, GridConfiguration configuration)
     {

@@ -15,23 +15,30 @@
 
 namespace tb::test {
 
-// One single-photo player with doubles for everything it touches.
-struct PlayerHarness {
+// What either kind of player touches, as doubles: the clock, the dice, the running flag, the
+// playlist, the pictures, the settings and the queue; `closes` counts the window's closings.
+struct ShowDoubles {
     QTemporaryDir dir;
     ManualScheduler scheduler;
     SeededRandom random;
     SlideshowManager manager;
     FakeAudio audio;
     FakeCaches caches;
-    FakeInhibitor inhibitor;
-    FakeRevealer revealer;
-    MetadataService metadata;
     SettingsStore settings{dir.filePath(QStringLiteral("settings.conf"))};
     std::shared_ptr<Queue> queue = std::make_shared<Queue>();
     int closes = 0;
+
+    explicit ShowDoubles(std::uint64_t seed) : random(seed) {}
+};
+
+// One single-photo player with doubles for everything it touches.
+struct PlayerHarness : ShowDoubles {
+    FakeInhibitor inhibitor;
+    FakeRevealer revealer;
+    MetadataService metadata;
     std::unique_ptr<SlideshowView> player;
 
-    explicit PlayerHarness(std::uint64_t seed = 1) : random(seed) {}
+    explicit PlayerHarness(std::uint64_t seed = 1) : ShowDoubles(seed) {}
 
     SlideshowView& start(int count, SlideshowConfiguration configuration, bool withWindow = true)
     {
