@@ -3,7 +3,8 @@
 // prints the frame times while the grid runs (the window redrawn continuously, so a stall shows),
 // the time from each tick to all nine new cells on screen, and resident memory at the start, its
 // peak and at the end. Run under a display (bench/run_gridplayer.sh starts Xvfb at 1920x1080).
-#include "audio/SlideshowAudio.h"
+#include "audio/AudioManager.h"
+#include "audio/QtAudioPlayers.h"
 #include "core/Logger.h"
 #include "core/QtScheduler.h"
 #include "core/RandomSource.h"
@@ -69,7 +70,8 @@ int main(int argc, char* argv[])
     tb::QtScheduler scheduler;
     tb::SystemRandomSource random;
     tb::SlideshowManager manager;
-    tb::EmptyPlaylist audio;
+    tb::QtAudioPlayers audioPlayers;
+    tb::AudioManager audio{audioPlayers}; // with no tracks, as most shows run
     QScreen* screen = QGuiApplication::primaryScreen();
     tb::LinuxProcessMemory memory;
     tb::PictureService service(screen->size() * screen->devicePixelRatio() * 1.25, nullptr, &memory);

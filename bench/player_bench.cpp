@@ -5,7 +5,8 @@
 //                                              (400 presses at 25 a second), then after Escape
 //   player_bench advance <first> <second>      time from an advance to the new picture on screen
 // Run under a display (bench/run_player.sh starts Xvfb at 1920x1080).
-#include "audio/SlideshowAudio.h"
+#include "audio/AudioManager.h"
+#include "audio/QtAudioPlayers.h"
 #include "core/FileRevealer.h"
 #include "core/Logger.h"
 #include "core/QtScheduler.h"
@@ -83,7 +84,8 @@ int main(int argc, char* argv[])
     tb::QtScheduler scheduler;
     tb::SystemRandomSource random;
     tb::SlideshowManager manager;
-    tb::EmptyPlaylist audio;
+    tb::QtAudioPlayers audioPlayers;
+    tb::AudioManager audio{audioPlayers}; // with no tracks, as most shows run
     QScreen* screen = QGuiApplication::primaryScreen();
     tb::LinuxProcessMemory memory;
     tb::PictureService service(screen->size() * screen->devicePixelRatio() * 1.25, nullptr, &memory);

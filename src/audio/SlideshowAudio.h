@@ -16,15 +16,4 @@ public:
     virtual void stopPlayer() = 0;
 };
 
-// The playlist of a program that has none to play.
-class EmptyPlaylist final : public SlideshowAudio {
-public:
-    int trackCount() const override { return 0; }
-    bool isPlaying() const override { return false; }
-    void prepareForNewSlideshow() override {}
-    void play() override {}
-    void pausePlayer() override {}
-    void stopPlayer() override {}
-};
-
 } // namespace tb

@@ -3,6 +3,7 @@
 namespace tb {
 
 class Analytics;
+class AudioPlayers;
 class CommandBus;
 class DisplayManager;
 class FileRevealer;
@@ -12,7 +13,6 @@ class RandomSource;
 class Scheduler;
 class SettingsStore;
 class SleepInhibitor;
-class SlideshowAudio;
 class SlideshowManager;
 class UpdaterControllerWrapper;
 class UserDialogs;
@@ -30,7 +30,8 @@ struct AppServices {
     MetadataService& metadata;
     UpdaterControllerWrapper& updater;
     SlideshowManager& slideshowManager;
-    SlideshowAudio& audio;
+    // Each main window has a playlist of its own; they all play through these.
+    AudioPlayers& audioPlayers;
     PictureService& pictures;
     SleepInhibitor& sleepInhibitor;
     DisplayManager& displays;

@@ -10,6 +10,8 @@
 #include "ScreenPlayerPresenter.h"
 #include "Toast.h"
 #include "UpdaterControllerWrapper.h"
+#include "audio/AudioManager.h"
+#include "audio/AudioOptionsView.h"
 #include "core/Logger.h"
 #include "core/Scheduler.h"
 #include "core/SettingsStore.h"
@@ -59,14 +61,15 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
     gridPictures = std::make_unique<PictureClient>(services.pictures);
     model = std::make_unique<QueueModel>(*items, *gridPictures);
     tableModel = std::make_unique<QueueTableModel>(*items);
+    audioManager = std::make_unique<AudioManager>(services.audioPlayers);
     playerPresenter = std::make_unique<ScreenPlayerPresenter>(
-        ScreenPlayerPresenter::Services{services.scheduler, services.random, services.slideshowManager, services.audio,
+        ScreenPlayerPresenter::Services{services.scheduler, services.random, services.slideshowManager, *audioManager,
                                         services.pictures, services.sleepInhibitor, services.settings,
                                         services.displays, services.fileRevealer, services.metadata},
         this);
     sessionControl = std::make_unique<SessionControl>(
-        items, SessionControl::Services{services.settings, services.slideshowManager, services.audio,
-                                        services.analytics, services.random, services.dialogs, *playerPresenter});
+        items, SessionControl::Services{services.settings, services.slideshowManager, *audioManager, services.analytics,
+                                        services.random, services.dialogs, *playerPresenter});
 
     auto* content = new QWidget(this);
     auto* columns = new QHBoxLayout(content);
@@ -86,6 +89,10 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
     columns->addWidget(controlsScroll);
     connect(controls, &ControlsColumn::selectFilesRequested, this, [this] { fileIntake->selectFiles(); });
     connect(controls, &ControlsColumn::startRequested, this, &ContentView::startCommand);
+    connect(controls, &ControlsColumn::audioOptionsRequested, this, [this] {
+        AudioOptionsView panel(*audioManager, this->services.dialogs, this);
+        panel.exec();
+    });
     sortPicker = controls->sortPicker();
     // Picking an option sorts at once; "-" keeps the present order.
     connect(sortPicker, &QComboBox::currentTextChanged, this, [this](const QString& option) {

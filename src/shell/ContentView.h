@@ -17,6 +17,7 @@ namespace tb {
 
 struct AppServices;
 struct SlideshowDocument;
+class AudioManager;
 class ControlsColumn;
 class FileIntake;
 class PictureClient;
@@ -41,6 +42,8 @@ public:
 
     Queue& queue() { return *items; }
     SessionControl& session() { return *sessionControl; }
+    // This window's background playlist.
+    AudioManager& audio() { return *audioManager; }
     FileIntake& intake() { return *fileIntake; }
     QueueModel& queueModel() { return *model; }
     QueueView& queueView() { return *grid; }
@@ -86,6 +89,7 @@ private:
     std::unique_ptr<PictureClient> gridPictures;
     std::unique_ptr<QueueModel> model;
     std::unique_ptr<QueueTableModel> tableModel;
+    std::unique_ptr<AudioManager> audioManager;
     std::unique_ptr<ScreenPlayerPresenter> playerPresenter;
     std::unique_ptr<SessionControl> sessionControl;
     QAction* floatOnTopAction = nullptr;

@@ -48,10 +48,10 @@ TallowbrookApp::TallowbrookApp()
     : documents(std::make_unique<UnreadableDocuments>()),
       pictures(std::make_unique<PictureService>(largestScreen(), &fileSystems, &processMemory, &sharedThumbnails)),
       delegate(analytics, settings, commands, *documents, dialogs),
-      appServices{settings,         scheduler, random,
-                  analytics,        revealer,  dialogs,
-                  commands,         metadata,  delegate.updaterControllerWrapper(),
-                  slideshowManager, audio,     *pictures,
+      appServices{settings,         scheduler,    random,
+                  analytics,        revealer,     dialogs,
+                  commands,         metadata,     delegate.updaterControllerWrapper(),
+                  slideshowManager, audioPlayers, *pictures,
                   sleepInhibitor,   displays},
       instance(SingleInstance::defaultServerName())
 {

@@ -5,7 +5,7 @@
 #include "CommandBus.h"
 #include "QtUserDialogs.h"
 #include "SingleInstance.h"
-#include "audio/SlideshowAudio.h"
+#include "audio/QtAudioPlayers.h"
 #include "core/QtScheduler.h"
 #include "core/RandomSource.h"
 #include "core/RecordingAnalytics.h"
@@ -53,7 +53,7 @@ private:
     MetadataService metadata;
     std::unique_ptr<DocumentReader> documents;
     SlideshowManager slideshowManager;
-    EmptyPlaylist audio; // until the playlist exists
+    QtAudioPlayers audioPlayers;
     LinuxFileSystems fileSystems;
     LinuxProcessMemory processMemory;
     SharedThumbnails sharedThumbnails;

@@ -32,6 +32,7 @@ public:
 };
 
 struct SessionTest : ShellFixture {
+    FakeAudio audio;
     std::shared_ptr<Queue> queue = std::make_shared<Queue>();
     RecordingPresenter presenter{audio};
     SessionControl session{queue, {settings, slideshowManager, audio, analytics, random, dialogs, presenter}};

@@ -14,6 +14,7 @@
 #include "shell/CommandBus.h"
 #include "shell/ContentView.h"
 #include "shell/UpdaterControllerWrapper.h"
+#include "support/AudioDoubles.h"
 #include "support/PlaybackDoubles.h"
 #include "support/ScriptedUserDialogs.h"
 
@@ -44,12 +45,12 @@ struct ShellFixture : ::testing::Test {
     MetadataService metadata;
     UpdaterControllerWrapper updater;
     SlideshowManager slideshowManager;
-    FakeAudio audio;
+    FakeAudioPlayers audioPlayers;
     PictureService pictures;
     FakeInhibitor inhibitor;
     DisplayManager displays;
-    AppServices services{settings, scheduler, random,           analytics, revealer, dialogs,   commands,
-                         metadata, updater,   slideshowManager, audio,     pictures, inhibitor, displays};
+    AppServices services{settings, scheduler, random,           analytics,    revealer, dialogs,   commands,
+                         metadata, updater,   slideshowManager, audioPlayers, pictures, inhibitor, displays};
     std::vector<std::unique_ptr<ContentView>> windows;
 
     // A window that has not appeared yet: it subscribes to commands when shown.

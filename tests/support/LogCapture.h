@@ -33,6 +33,16 @@ public:
         return result;
     }
 
+    // Every message in order, whatever its level.
+    QStringList all() const
+    {
+        QMutexLocker lock(&mutex);
+        QStringList result;
+        for (const auto& entry : entries)
+            result.append(entry.second);
+        return result;
+    }
+
     bool contains(LogLevel level, const QString& message) const { return messages(level).contains(message); }
 
 private:
