@@ -6,6 +6,7 @@ class Analytics;
 class CommandBus;
 class DisplayManager;
 class FileRevealer;
+class IdleWatching;
 class MetadataService;
 class PictureService;
 class RandomSource;
@@ -34,6 +35,7 @@ struct AppServices {
     PictureService& pictures;
     SleepInhibitor& sleepInhibitor;
     DisplayManager& displays;
+    IdleWatching& idleWatcher;
 };
 
 } // namespace tb
