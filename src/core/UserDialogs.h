@@ -19,6 +19,7 @@ struct QuestionAnswer {
 struct OpenPanelOptions {
     QString title;
     QString message;
+    QString prompt;          // the accept button's text; empty keeps the dialog's own
     QStringList nameFilters; // e.g. "Slideshows (*.slideshow)"; empty allows every file
     QString directory;
     bool allowsMultipleSelection = false;

@@ -7,6 +7,7 @@ class AudioPlayers;
 class CommandBus;
 class DisplayManager;
 class FileRevealer;
+class IdleWatching;
 class MetadataService;
 class PictureService;
 class RandomSource;
@@ -35,6 +36,7 @@ struct AppServices {
     PictureService& pictures;
     SleepInhibitor& sleepInhibitor;
     DisplayManager& displays;
+    IdleWatching& idleWatcher;
 };
 
 } // namespace tb

@@ -1,5 +1,6 @@
 #include "ContentView.h"
 
+#include "AdvancedOptionsView.h"
 #include "AppServices.h"
 #include "ControlsColumn.h"
 #include "DiagnosticsExport.h"
@@ -8,6 +9,7 @@
 #include "QueueTableModel.h"
 #include "QueueView.h"
 #include "ScreenPlayerPresenter.h"
+#include "SettingsHelpView.h"
 #include "Toast.h"
 #include "UpdaterControllerWrapper.h"
 #include "audio/AudioManager.h"
@@ -46,7 +48,28 @@
 #include <QTableView>
 #include <QVBoxLayout>
 
+#include <functional>
+
 namespace tb {
+
+namespace {
+
+// A panel over the window, one of each kind at a time: asking again brings the open one forward.
+template <typename Panel> void openPanelOnce(QWidget* window, const std::function<Panel*()>& make)
+{
+    for (Panel* open : window->findChildren<Panel*>(QString(), Qt::FindDirectChildrenOnly)) {
+        if (open->isVisible()) {
+            open->raise();
+            open->activateWindow();
+            return;
+        }
+    }
+    Panel* panel = make();
+    panel->setAttribute(Qt::WA_DeleteOnClose);
+    panel->open();
+}
+
+} // namespace
 
 ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(parent), services(services)
 {
@@ -90,9 +113,18 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
     connect(controls, &ControlsColumn::selectFilesRequested, this, [this] { fileIntake->selectFiles(); });
     connect(controls, &ControlsColumn::startRequested, this, &ContentView::startCommand);
     connect(controls, &ControlsColumn::audioOptionsRequested, this, [this] {
-        AudioOptionsView panel(*audioManager, this->services.dialogs, this);
-        panel.exec();
+        openPanelOnce<AudioOptionsView>(
+            this, [this] { return new AudioOptionsView(*audioManager, this->services.dialogs, this); });
     });
+    connect(controls, &ControlsColumn::advancedOptionsRequested, this, [this] {
+        openPanelOnce<AdvancedOptionsView>(this, [this] {
+            return new AdvancedOptionsView(
+                {this->services.settings, this->services.displays, this->services.dialogs, this->services.idleWatcher},
+                this);
+        });
+    });
+    connect(controls, &ControlsColumn::helpRequested, this,
+            [this] { openPanelOnce<SettingsHelpView>(this, [this] { return new SettingsHelpView(this); }); });
     sortPicker = controls->sortPicker();
     // Picking an option sorts at once; "-" keeps the present order.
     connect(sortPicker, &QComboBox::currentTextChanged, this, [this](const QString& option) {

@@ -1,5 +1,6 @@
 #include "ControlsColumn.h"
 
+#include "IconLine.h"
 #include "KeyboardShortcutsView.h"
 #include "UpdaterControllerWrapper.h"
 #include "core/FileRevealer.h"
@@ -30,27 +31,6 @@ namespace tb {
 namespace {
 
 constexpr int pickerWidth = 173;
-
-// A themed icon by its freedesktop name, or the style's own when the theme lacks it.
-QIcon icon(const QWidget* widget, const char* themeName, QStyle::StandardPixmap fallback)
-{
-    return QIcon::fromTheme(QLatin1String(themeName), widget->style()->standardIcon(fallback));
-}
-
-// An icon and a text side by side.
-QWidget* iconLine(QWidget* parent, const QIcon& lineIcon, QLabel* text)
-{
-    auto* line = new QWidget(parent);
-    auto* row = new QHBoxLayout(line);
-    row->setContentsMargins(0, 0, 0, 0);
-    auto* picture = new QLabel(line);
-    picture->setPixmap(lineIcon.pixmap(16, 16));
-    row->addWidget(picture);
-    row->addWidget(text, 1);
-    text->setParent(line);
-    text->setWordWrap(true);
-    return line;
-}
 
 QGroupBox* group(QWidget* parent, const QString& title)
 {

@@ -42,6 +42,12 @@ void addMessage(QFileDialog& dialog, const QString& message)
     }
 }
 
+void setPrompt(QFileDialog& dialog, const QString& prompt)
+{
+    if (!prompt.isEmpty())
+        dialog.setLabelText(QFileDialog::Accept, prompt);
+}
+
 void applyCommon(QFileDialog& dialog, const QString& title, const QStringList& nameFilters, const QString& directory)
 {
     dialog.setOption(QFileDialog::DontUseNativeDialog, true);
@@ -130,6 +136,7 @@ QStringList QtUserDialogs::openPanel(const OpenPanelOptions& options)
         dialog.setAcceptMode(QFileDialog::AcceptOpen);
         dialog.setFileMode(QFileDialog::ExistingFiles);
         addMessage(dialog, options.message);
+        setPrompt(dialog, options.prompt);
         if (dialog.exec() != QDialog::Accepted)
             return {};
         return dialog.chosen;
@@ -142,6 +149,7 @@ QStringList QtUserDialogs::openPanel(const OpenPanelOptions& options)
     else
         dialog.setFileMode(options.allowsMultipleSelection ? QFileDialog::ExistingFiles : QFileDialog::ExistingFile);
     addMessage(dialog, options.message);
+    setPrompt(dialog, options.prompt);
     if (dialog.exec() != QDialog::Accepted)
         return {};
     return dialog.selectedFiles();

@@ -52,7 +52,7 @@ TallowbrookApp::TallowbrookApp()
                   analytics,        revealer,     dialogs,
                   commands,         metadata,     delegate.updaterControllerWrapper(),
                   slideshowManager, audioPlayers, *pictures,
-                  sleepInhibitor,   displays},
+                  sleepInhibitor,   displays,     idleWatcher},
       instance(SingleInstance::defaultServerName())
 {
     // The setting is read here, once and at each change: decoding threads never touch the store.

@@ -15,6 +15,7 @@
 #include "media/PictureService.h"
 #include "media/SharedThumbnails.h"
 #include "modes/DisplayManager.h"
+#include "modes/IdleWatching.h"
 #include "platform/DBusSleepInhibitor.h"
 #include "platform/LinuxFileRevealer.h"
 #include "platform/LinuxFileSystems.h"
@@ -60,6 +61,7 @@ private:
     std::unique_ptr<PictureService> pictures;
     DBusSleepInhibitor sleepInhibitor;
     DisplayManager displays;
+    NoIdleWatcher idleWatcher; // until the screen-saver watcher takes its place
     AppDelegate delegate;
     AppServices appServices;
     SingleInstance instance;

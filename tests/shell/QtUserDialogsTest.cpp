@@ -111,8 +111,13 @@ TEST(QtUserDialogs, SavePanelShowsItsMessageAndReturnsTheChosenPath)
     options.directory = dir.path();
     EXPECT_EQ(dialogs.savePanel(options), dir.filePath(QStringLiteral("logs.txt")));
 
-    whenShown<QFileDialog>([](QFileDialog* panel) { panel->reject(); });
-    EXPECT_EQ(dialogs.openPanel(OpenPanelOptions{}), QStringList{}) << "cancel gives nothing";
+    whenShown<QFileDialog>([](QFileDialog* panel) {
+        EXPECT_EQ(panel->labelText(QFileDialog::Accept), QStringLiteral("Select"));
+        panel->reject();
+    });
+    OpenPanelOptions open;
+    open.prompt = QStringLiteral("Select");
+    EXPECT_EQ(dialogs.openPanel(open), QStringList{}) << "cancel gives nothing";
 }
 
 // One dialog for files and folders: "Open" takes a chosen folder with the files beside it, while

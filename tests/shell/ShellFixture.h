@@ -9,6 +9,7 @@
 #include "media/PictureService.h"
 #include "media/Queue.h"
 #include "modes/DisplayManager.h"
+#include "modes/IdleWatching.h"
 #include "playback/SlideshowManager.h"
 #include "shell/AppServices.h"
 #include "shell/CommandBus.h"
@@ -26,6 +27,12 @@
 #include <vector>
 
 namespace tb::test {
+
+// Counts the times the settings make the idle watcher start again.
+struct CountingIdleWatcher final : IdleWatching {
+    void restart() override { ++restarts; }
+    int restarts = 0;
+};
 
 struct RecordingRevealer final : FileRevealer {
     void reveal(const QString& filePath) override { revealed.append(filePath); }
@@ -49,8 +56,9 @@ struct ShellFixture : ::testing::Test {
     PictureService pictures;
     FakeInhibitor inhibitor;
     DisplayManager displays;
-    AppServices services{settings, scheduler, random,           analytics,    revealer, dialogs,   commands,
-                         metadata, updater,   slideshowManager, audioPlayers, pictures, inhibitor, displays};
+    CountingIdleWatcher idleWatcher;
+    AppServices services{settings, scheduler,        random,       analytics, revealer,  dialogs,  commands,   metadata,
+                         updater,  slideshowManager, audioPlayers, pictures,  inhibitor, displays, idleWatcher};
     std::vector<std::unique_ptr<ContentView>> windows;
 
     // A window that has not appeared yet: it subscribes to commands when shown.

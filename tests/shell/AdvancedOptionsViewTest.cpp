@@ -1,0 +1,424 @@
+#include "ShellFixture.h"
+
+#include "media/Bookmark.h"
+#include "shell/AdvancedOptionsView.h"
+#include "shell/ColorButton.h"
+#include "shell/ControlsColumn.h"
+#include "shell/PositionPickerView.h"
+#include "shell/SettingsHelpView.h"
+#include "support/LogCapture.h"
+
+#include <QAbstractSpinBox>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QFile>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSignalSpy>
+#include <QSlider>
+#include <QSpinBox>
+#include <QTabWidget>
+#include <QTest>
+#include <QToolButton>
+
+using namespace tb;
+using tb::test::ShellFixture;
+
+namespace {
+
+template <typename Widget> Widget* named(const QWidget& root, const QString& name)
+{
+    for (auto* widget : root.findChildren<Widget*>())
+        if (widget->accessibleName() == name)
+            return widget;
+    return nullptr;
+}
+
+QStringList labelTexts(const QWidget& root)
+{
+    QStringList texts;
+    for (const QLabel* label : root.findChildren<QLabel*>())
+        texts.append(label->text());
+    return texts;
+}
+
+QGroupBox* section(const QWidget& root, const QString& title)
+{
+    for (auto* box : root.findChildren<QGroupBox*>())
+        if (box->accessibleName() == title)
+            return box;
+    return nullptr;
+}
+
+struct AdvancedOptionsTest : ShellFixture {
+    std::unique_ptr<AdvancedOptionsView> panel;
+
+    AdvancedOptionsView& openPanel()
+    {
+        panel = std::make_unique<AdvancedOptionsView>(
+            AdvancedOptionsView::Services{settings, displays, dialogs, idleWatcher});
+        panel->show();
+        return *panel;
+    }
+
+    QWidget& tab(const QString& title)
+    {
+        QTabWidget* tabs = panel->tabs();
+        for (int i = 0; i < tabs->count(); ++i)
+            if (tabs->tabText(i) == title)
+                return *tabs->widget(i);
+        ADD_FAILURE() << "no tab " << title.toStdString();
+        return *panel;
+    }
+
+    QString noteFollowing(const QString& start)
+    {
+        for (const QString& text : labelTexts(*panel))
+            if (text.startsWith(start))
+                return text;
+        return {};
+    }
+};
+
+} // namespace
+
+// Every label and note stands in its tab; an absent crossfade reads 1 s here (the main window's
+// 2 s is not this tab's).
+TEST_F(AdvancedOptionsTest, ShowsEachTabsLabelsAndNotes)
+{
+    QSignalSpy writes(&settings, &SettingsStore::changed);
+    openPanel();
+    EXPECT_EQ(writes.count(), 0) << "showing the stored values writes nothing";
+    QStringList titles;
+    for (int i = 0; i < panel->tabs()->count(); ++i)
+        titles.append(panel->tabs()->tabText(i));
+    EXPECT_EQ(titles, (QStringList{"Display", "Playback", "Overlay", "Live Mode", "Other"}));
+
+    const std::pair<QString, QStringList> expected[] = {
+        {"Display",
+         {"Slideshow Display:", "Select which display the slideshow will play on.",
+          "Image Scaling:", "Image scaling applies to single photo view mode.", "Start in Windowed Mode:",
+          "Start the slideshow in a resizable window instead of fullscreen. Press \"F\" to toggle fullscreen at any "
+          "time.",
+          "Sync Grid Transitions:",
+          "Sync transitions only apply to grid view modes. Select a grid mode to enable this option."}},
+        {"Playback",
+         {"Manual mode:", "When enabled, photos advance only with arrow keys. Automatic timing is disabled.",
+          "Crossfade Duration:",
+          "Duration of crossfade transition between photos (1 - 10 seconds). Affects both Cross-fade and Ken Burns "
+          "transitions.",
+          "Background Color:", "Visible behind images during a slideshow.", "Video Playback:", "Mute Video Audio:",
+          "When enabled, video audio is muted. Slideshow audio (if any) continues playing.", "1s"}},
+        {"Overlay",
+         {"Enable Overlay:", "Overlay will appear on top of all slideshow content in the selected corner.",
+          "Overlay Type:", "Image:", "Size:", "Small: 5%, Medium: 10%, Large: 15% of screen width",
+          "Text:", "Font:", "Color:", "Position:", "Margin:", "Opacity:", "20 pt", "80%"}},
+        {"Live Mode",
+         {"When new photos are detected:",
+          "\"Add to end of queue\" places new photos after all remaining photos. \"Show next\" inserts new photos "
+          "immediately after the current photo, so they appear as soon as the slideshow advances."}},
+        {"Other",
+         {"Show thumbnail alert:", "Display alert about thumbnail performance when adding many files.",
+          "Subfolder preference:", "Ask every time",
+          "When adding a folder that contains subfolders, choose whether to include images from subfolders. Reset "
+          "to be asked again.",
+          "Screen saver mode:", "After", "minutes of inactivity",
+          "Automatically start the slideshow after the specified period of inactivity. Any key press or mouse "
+          "movement will stop it."}},
+    };
+    for (const auto& [title, texts] : expected) {
+        const QStringList shown = labelTexts(tab(title));
+        for (const QString& text : texts)
+            EXPECT_TRUE(shown.contains(text)) << title.toStdString() << ": " << text.toStdString();
+    }
+    const QString videoNote = noteFollowing(QStringLiteral("\"Play full video\""));
+    EXPECT_TRUE(videoNote.contains(QStringLiteral("\"Use slideshow delay\""))) << videoNote.toStdString();
+    EXPECT_EQ(named<QSlider>(tab("Playback"), "Crossfade Duration:")->value(), 1);
+
+    auto* screens = named<QComboBox>(tab("Display"), "Slideshow Display:");
+    ASSERT_NE(screens, nullptr);
+    EXPECT_EQ(screens->itemText(0), QStringLiteral("Default (App Window's Screen)"));
+    EXPECT_EQ(screens->count(), 1 + displays.availableScreens().size());
+    auto* scaling = named<QComboBox>(tab("Display"), "Image Scaling:");
+    EXPECT_EQ(scaling->currentText(), QStringLiteral("Best Fit (no upscaling)"));
+    EXPECT_EQ(scaling->count(), 3);
+    EXPECT_NE(named<QPushButton>(*panel, "Close"), nullptr);
+}
+
+// Each control writes its setting, and a write made elsewhere moves the control without being
+// written back.
+TEST_F(AdvancedOptionsTest, ControlsAndSettingsFollowEachOther)
+{
+    openPanel();
+    test::LogCapture log;
+    QWidget& playback = tab("Playback");
+    QWidget& overlay = tab("Overlay");
+
+    named<QCheckBox>(playback, "Manual mode:")->click();
+    named<QComboBox>(playback, "Video Playback:")->setCurrentIndex(1);
+    named<QCheckBox>(tab("Other"), "Show thumbnail alert:")->click();
+    named<QComboBox>(tab("Live Mode"), "When new photos are detected:")->setCurrentIndex(1);
+    named<QComboBox>(tab("Display"), "Image Scaling:")->setCurrentText("Fill (may crop image edges)");
+    EXPECT_TRUE(settings.value(Settings::isManualMode));
+    EXPECT_TRUE(log.contains(LogLevel::Info, QStringLiteral("[AdvancedOptions] Manual mode enabled")));
+    EXPECT_EQ(settings.value(Settings::videoPlaybackMode), QStringLiteral("useDelay"));
+    EXPECT_TRUE(settings.value(Settings::dontShowThumbnailAlert)) << "the switch is the flag's inverse";
+    EXPECT_EQ(settings.value(Settings::liveModeNewPhotosBehavior), QStringLiteral("next"));
+    EXPECT_EQ(settings.value(Settings::imageScalingMode), QStringLiteral("Fill (may crop image edges)"));
+
+    named<QSlider>(playback, "Crossfade Duration:")->setValue(4);
+    named<QSlider>(overlay, "Opacity:")->setValue(7);
+    named<QSlider>(overlay, "Margin:")->setValue(3);
+    named<QSlider>(*section(overlay, "Text Settings"), "Size:")->setValue(40);
+    QTest::keyClicks(named<QLineEdit>(overlay, "Text:"), QStringLiteral("(c) me"));
+    named<QRadioButton>(overlay, "Top Left")->click();
+    EXPECT_EQ(settings.value(Settings::crossfadeDuration), 4.0);
+    EXPECT_EQ(settings.value(Settings::overlayOpacity), 0.7);
+    EXPECT_EQ(settings.value(Settings::overlayMargin), 15.0) << "the margin moves in steps of 5";
+    EXPECT_EQ(settings.value(Settings::overlayFontSize), 40.0);
+    EXPECT_EQ(settings.value(Settings::overlayText), QStringLiteral("(c) me"));
+    EXPECT_EQ(settings.value(Settings::overlayPosition), QStringLiteral("topLeft"));
+    EXPECT_TRUE(labelTexts(overlay).contains(QStringLiteral("70%")));
+    EXPECT_TRUE(labelTexts(playback).contains(QStringLiteral("4s")));
+
+    // Colours go through the chooser and are stored as "#AARRGGBB" bytes; reset stores black.
+    auto* background = named<ColorButton>(playback, "Background Color:");
+    background->setChooser([](const QColor&, QWidget*, const QString&) { return QColor(10, 20, 30); });
+    background->click();
+    EXPECT_EQ(settings.value(Settings::backgroundColorData), QByteArray("#FF0A141E"));
+    named<QToolButton>(playback, "Reset to default (black)")->click();
+    EXPECT_EQ(settings.value(Settings::backgroundColorData), QByteArray("#FF000000"));
+    auto* fontColor = named<ColorButton>(overlay, "Color:");
+    EXPECT_EQ(fontColor->color(), QColor(Qt::white)) << "an absent text colour is white";
+    fontColor->setChooser([](const QColor&, QWidget*, const QString&) { return QColor(); }); // cancelled
+    fontColor->click();
+    EXPECT_FALSE(settings.value(Settings::overlayFontColorData).has_value());
+
+    QSignalSpy writes(&settings, &SettingsStore::changed);
+    settings.set(Settings::isManualMode, false);
+    settings.set(Settings::startInWindowedMode, true);
+    settings.set(Settings::overlayOpacity, 0.3);
+    settings.set(Settings::overlayPosition, QStringLiteral("bottomLeft"));
+    settings.set(Settings::overlayText, QStringLiteral("elsewhere"));
+    settings.set(Settings::liveModeNewPhotosBehavior, QStringLiteral("queue"));
+    settings.set(Settings::videoPlaybackMode, QStringLiteral("fullVideo"));
+    settings.saveColor(Settings::overlayFontColorData, Qt::red);
+    EXPECT_EQ(writes.count(), 8) << "no control wrote back";
+    EXPECT_FALSE(named<QCheckBox>(playback, "Manual mode:")->isChecked());
+    EXPECT_FALSE(log.contains(LogLevel::Info, QStringLiteral("[AdvancedOptions] Manual mode disabled")))
+        << "only the user's flip is logged";
+    EXPECT_TRUE(named<QCheckBox>(tab("Display"), "Start in Windowed Mode:")->isChecked());
+    EXPECT_EQ(named<QSlider>(overlay, "Opacity:")->value(), 3);
+    EXPECT_TRUE(named<QRadioButton>(overlay, "Bottom Left")->isChecked());
+    EXPECT_EQ(named<QLineEdit>(overlay, "Text:")->text(), QStringLiteral("elsewhere"));
+    EXPECT_EQ(named<QComboBox>(tab("Live Mode"), "When new photos are detected:")->currentText(),
+              QStringLiteral("Add to end of queue"));
+    EXPECT_EQ(named<QComboBox>(playback, "Video Playback:")->currentText(), QStringLiteral("Play full video"));
+    EXPECT_EQ(fontColor->color(), QColor(Qt::red));
+
+    // Values the readers take for another show as that one.
+    settings.set(Settings::overlayPosition, QStringLiteral("middle"));
+    settings.set(Settings::videoPlaybackMode, QStringLiteral("sometimes"));
+    EXPECT_TRUE(named<QRadioButton>(overlay, "Bottom Right")->isChecked());
+    EXPECT_EQ(named<QComboBox>(playback, "Video Playback:")->currentText(), QStringLiteral("Use slideshow delay"));
+}
+
+// On stores 5 whatever stood there, off stores 0; the minutes show only while on, and every
+// change starts the idle watcher again.
+TEST_F(AdvancedOptionsTest, ScreenSaverSwitchStoresFiveAndRestartsTheWatcher)
+{
+    settings.set(Settings::screensaverIdleMinutes, 12);
+    openPanel();
+    QWidget& other = tab("Other");
+    auto* screenSaver = named<QCheckBox>(other, "Screen saver mode:");
+    auto* minutes = named<QSpinBox>(other, "minutes of inactivity");
+    ASSERT_TRUE(screenSaver && minutes);
+    EXPECT_TRUE(screenSaver->isChecked());
+    EXPECT_EQ(minutes->value(), 12);
+    EXPECT_EQ(minutes->width(), 50);
+    EXPECT_TRUE(minutes->isVisibleTo(&other));
+    EXPECT_EQ(idleWatcher.restarts, 0);
+
+    screenSaver->click();
+    EXPECT_EQ(settings.value(Settings::screensaverIdleMinutes), 0);
+    EXPECT_FALSE(minutes->isVisibleTo(&other));
+    screenSaver->click();
+    EXPECT_EQ(settings.value(Settings::screensaverIdleMinutes), 5);
+    EXPECT_EQ(minutes->value(), 5);
+    EXPECT_TRUE(minutes->isVisibleTo(&other));
+    minutes->setValue(9);
+    EXPECT_EQ(settings.value(Settings::screensaverIdleMinutes), 9);
+    minutes->setValue(0);
+    EXPECT_EQ(settings.value(Settings::screensaverIdleMinutes), 1) << "at least a minute";
+    EXPECT_EQ(idleWatcher.restarts, 4);
+
+    settings.set(Settings::screensaverIdleMinutes, 0); // the main window's own writes restart nothing here
+    EXPECT_FALSE(screenSaver->isChecked());
+    EXPECT_FALSE(minutes->isVisibleTo(&other));
+    EXPECT_EQ(idleWatcher.restarts, 4);
+}
+
+// The scaling and sync notes say whether the present display mode is a grid; the sync switch
+// stays usable either way.
+TEST_F(AdvancedOptionsTest, GridNotesFollowTheDisplayMode)
+{
+    openPanel();
+    const QString singleScaling = QStringLiteral("Image scaling applies to single photo view mode.");
+    const QString singleSync =
+        QStringLiteral("Sync transitions only apply to grid view modes. Select a grid mode to enable this option.");
+    const QString gridSync = QStringLiteral("When enabled, all grid cells update at the same time. When disabled, "
+                                            "cells update one at a time in a staggered pattern.");
+    QWidget& display = tab("Display");
+    auto* sync = named<QCheckBox>(display, "Sync Grid Transitions:");
+    EXPECT_TRUE(labelTexts(display).contains(singleScaling));
+    EXPECT_TRUE(labelTexts(display).contains(singleSync));
+
+    settings.set(Settings::displayMode, 2);
+    EXPECT_TRUE(labelTexts(display).contains(
+        QStringLiteral("Image scaling only applies to single photo view mode. Current mode is 2x2 Grid view")));
+    EXPECT_TRUE(labelTexts(display).contains(gridSync));
+    EXPECT_FALSE(labelTexts(display).contains(singleSync));
+    sync->click();
+    EXPECT_TRUE(settings.value(Settings::syncGridTransitions));
+
+    settings.set(Settings::displayMode, 7); // plays as a single photo
+    EXPECT_TRUE(labelTexts(display).contains(singleScaling));
+    EXPECT_TRUE(labelTexts(display).contains(singleSync));
+    EXPECT_TRUE(sync->isEnabled());
+}
+
+// Reset forgets the remembered subfolder answer, so the next folder asks again.
+TEST_F(AdvancedOptionsTest, SubfolderResetForgetsTheRememberedAnswer)
+{
+    settings.set(Settings::rememberFolderRecursion, true);
+    settings.set(Settings::folderRecursionDepth, 0);
+    openPanel();
+    QWidget& other = tab("Other");
+    auto* reset = named<QPushButton>(other, "Reset");
+    ASSERT_NE(reset, nullptr);
+    EXPECT_TRUE(labelTexts(other).contains(QStringLiteral("This Folder Only")));
+    EXPECT_TRUE(reset->isVisibleTo(&other));
+    settings.set(Settings::folderRecursionDepth, -1);
+    EXPECT_TRUE(labelTexts(other).contains(QStringLiteral("All Subfolders")));
+
+    reset->click();
+    EXPECT_FALSE(settings.value(Settings::rememberFolderRecursion));
+    EXPECT_FALSE(settings.contains(QLatin1String(Settings::folderRecursionDepth.name)));
+    EXPECT_TRUE(labelTexts(other).contains(QStringLiteral("Ask every time")));
+    EXPECT_FALSE(reset->isVisibleTo(&other));
+}
+
+// The picture is chosen in an open panel for single picture files and kept as a bookmark; Clear
+// removes the key. The section shown follows the overlay's type.
+TEST_F(AdvancedOptionsTest, OverlayPictureIsChosenThroughTheOpenPanelAndCleared)
+{
+    const QString picture = dir.filePath(QStringLiteral("mark.png"));
+    ASSERT_TRUE(QImage(4, 2, QImage::Format_RGB32).save(picture));
+    openPanel();
+    QWidget& overlay = tab("Overlay");
+    panel->tabs()->setCurrentWidget(&overlay);
+    auto* select = named<QPushButton>(overlay, "Select...");
+    auto* clear = named<QPushButton>(overlay, "Clear");
+    ASSERT_TRUE(select && clear);
+    EXPECT_FALSE(clear->isEnabled());
+
+    select->click(); // cancelled
+    ASSERT_EQ(dialogs.prompts.size(), 1);
+    const OpenPanelOptions& asked = dialogs.prompts[0].open;
+    EXPECT_EQ(dialogs.prompts[0].kind, test::ScriptedUserDialogs::Kind::OpenPanel);
+    EXPECT_EQ(asked.message, QStringLiteral("Select an image for the overlay"));
+    EXPECT_EQ(asked.prompt, QStringLiteral("Select"));
+    EXPECT_TRUE(asked.canChooseFiles);
+    EXPECT_FALSE(asked.canChooseDirectories);
+    EXPECT_FALSE(asked.allowsMultipleSelection);
+    ASSERT_EQ(asked.nameFilters.size(), 1);
+    EXPECT_TRUE(asked.nameFilters[0].contains(QStringLiteral("*.heic")));
+    EXPECT_FALSE(asked.nameFilters[0].contains(QStringLiteral("*.mp4")));
+    EXPECT_FALSE(settings.value(Settings::overlayImageBookmark).has_value());
+
+    dialogs.openAnswers = {{picture}};
+    select->click();
+    const auto stored = settings.value(Settings::overlayImageBookmark);
+    ASSERT_TRUE(stored.has_value());
+    EXPECT_EQ(Bookmark::fromData(*stored)->path, picture);
+    EXPECT_TRUE(labelTexts(overlay).contains(QStringLiteral("mark.png")));
+    EXPECT_TRUE(clear->isEnabled());
+    clear->click();
+    EXPECT_FALSE(settings.contains(QLatin1String(Settings::overlayImageBookmark.name)));
+    EXPECT_FALSE(clear->isEnabled());
+
+    QGroupBox* imageSection = section(overlay, "Image Settings");
+    QGroupBox* textSection = section(overlay, "Text Settings");
+    ASSERT_TRUE(imageSection && textSection && section(overlay, "Position & Appearance"));
+    EXPECT_TRUE(imageSection->isVisible());
+    EXPECT_FALSE(textSection->isVisible());
+    named<QComboBox>(overlay, "Overlay Type:")->setCurrentText("Text");
+    EXPECT_EQ(settings.value(Settings::overlayType), QStringLiteral("text"));
+    EXPECT_FALSE(imageSection->isVisible());
+    EXPECT_TRUE(textSection->isVisible());
+    EXPECT_EQ(named<QLineEdit>(overlay, "Text:")->placeholderText(), QStringLiteral("Enter overlay text"));
+}
+
+// What a screen reader meets: every control that can take focus has a name.
+TEST_F(AdvancedOptionsTest, EveryFocusableControlHasAnAccessibleName)
+{
+    settings.set(Settings::rememberFolderRecursion, true); // Reset shown
+    openPanel();
+    // The font picker drops its editor with deleteLater(); the event loop would have done this.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    int checked = 0;
+    for (QWidget* widget : panel->findChildren<QWidget*>()) {
+        // A spin box's editor is part of the spin box, which carries the name; a picker's list is
+        // a popup window of its own.
+        if (widget->focusPolicy() == Qt::NoFocus || qobject_cast<QAbstractSpinBox*>(widget->parentWidget()) ||
+            widget->window() != panel.get())
+            continue;
+        ++checked;
+        EXPECT_FALSE(widget->accessibleName().isEmpty())
+            << widget->metaObject()->className() << " in " << widget->parentWidget()->metaObject()->className();
+    }
+    EXPECT_GT(checked, 25);
+}
+
+// The main window's buttons open the panels, one of each at a time; Escape closes them.
+TEST_F(AdvancedOptionsTest, MainWindowOpensOnePanelOfEachKind)
+{
+    ContentView& window = openWindow();
+    auto* controls = window.findChild<ControlsColumn*>();
+    ASSERT_NE(controls, nullptr);
+    Q_EMIT controls->advancedOptionsRequested();
+    Q_EMIT controls->advancedOptionsRequested();
+    const auto options = window.findChildren<AdvancedOptionsView*>();
+    ASSERT_EQ(options.size(), 1);
+    EXPECT_TRUE(options[0]->isVisible());
+    EXPECT_TRUE(options[0]->isModal());
+    QTest::keyClick(options[0], Qt::Key_Escape);
+    EXPECT_FALSE(options[0]->isVisible());
+
+    named<QToolButton>(window, "Click for more information")->click();
+    ASSERT_EQ(window.findChildren<SettingsHelpView*>().size(), 1);
+    EXPECT_TRUE(window.findChild<SettingsHelpView*>()->isVisible());
+}
+
+TEST(SettingsHelp, ShowsTheSevenHelpTextsInOrder)
+{
+    const std::pair<QString, QString> expected[] = {
+        {"Sort by", "Allows you to choose the order in which photos are displayed."},
+        {"Display mode", "Allows you to set a slideshow mode - single photo, side-by-side, 2x2 grid or 3x3 grid view."},
+        {"Transition", "Allows you to set a preferred transition between photos."},
+        {"Delay", "Sets the timing between consecutive photos."},
+        {"Shuffle mode", "When enabled, photos appear in a random order."},
+        {"Loop slideshow", "When enabled, the slideshow continuously repeats."},
+        {"Advanced options",
+         "Provides access to additional configuration options like Image Scaling and other specialized features."},
+    };
+    SettingsHelpView help;
+    QStringList wanted{QStringLiteral("Settings - help")};
+    for (const auto& [title, description] : expected)
+        wanted << title << description;
+    EXPECT_EQ(labelTexts(help), wanted);
+    EXPECT_NE(named<QPushButton>(help, "Close"), nullptr);
+}
