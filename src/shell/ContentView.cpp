@@ -468,7 +468,7 @@ void ContentView::buildMenus()
                                    .arg(QApplication::applicationVersion()));
     });
     addCommand(help, QStringLiteral("Check for updates…"), QKeySequence(),
-               [this] { services.updater.checkForUpdates(services.dialogs); });
+               [this] { services.updater.checkForUpdates(); });
     help->addSeparator();
     addCommand(help, QStringLiteral("Export Diagnostic Logs..."), QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_L),
                [this] { exportDiagnosticLogs(Logger::shared(), services.dialogs, services.fileRevealer); });

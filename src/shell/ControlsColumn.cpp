@@ -242,8 +242,7 @@ ControlsColumn::ControlsColumn(Services services, std::function<std::optional<QU
     auto* version = new QLabel(QStringLiteral("Version ") + QApplication::applicationVersion(), this);
     version->setObjectName(QStringLiteral("version"));
     QPushButton* checkUpdates = button(this, QStringLiteral("Check for updates"));
-    connect(checkUpdates, &QPushButton::clicked, this,
-            [this] { this->services.updater.checkForUpdates(this->services.dialogs); });
+    connect(checkUpdates, &QPushButton::clicked, this, [this] { this->services.updater.checkForUpdates(); });
     auto* info = new QToolButton(this);
     info->setIcon(icon(this, "dialog-information", QStyle::SP_MessageBoxInformation));
     info->setToolTip(QStringLiteral("Click for more information"));
