@@ -74,7 +74,7 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
     columns->addLayout(queueArea, 1);
     controls = new ControlsColumn(
         ControlsColumn::Services{services.settings, services.slideshowManager, services.fileRevealer, services.updater,
-                                 services.dialogs},
+                                 services.dialogs, services.analytics},
         [this] { return fileIntake->selectedFolderURL(); }, content);
     auto* controlsScroll = new QScrollArea(content);
     controlsScroll->setWidget(controls);

@@ -1,10 +1,12 @@
 #include "ShellFixture.h"
 
 #include "core/ManualScheduler.h"
+#include "core/Version.h"
 #include "shell/UpdaterControllerWrapper.h"
 #include "support/ScriptedUserDialogs.h"
 
 #include <QNetworkAccessManager>
+#include <QPushButton>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTest>
@@ -234,4 +236,23 @@ TEST_F(UpdaterTest, WithoutAUsableFeedNothingIsFetched)
 
     EXPECT_EQ(scheduler.pendingCount(), 0) << "no background check is armed";
     EXPECT_TRUE(none->findChildren<QNetworkAccessManager*>().isEmpty());
+}
+
+struct UpdaterButtonTest : test::ShellFixture {};
+
+TEST_F(UpdaterButtonTest, TheButtonRecordsItsEventAndThenChecks)
+{
+    ContentView& window = openWindow();
+    QPushButton* button = nullptr;
+    for (auto* candidate : window.findChildren<QPushButton*>())
+        if (candidate->accessibleName() == QStringLiteral("Check for updates"))
+            button = candidate;
+    ASSERT_NE(button, nullptr);
+    button->click();
+    const RecordingAnalytics::Event expected{QStringLiteral("check_for_updates_clicked"),
+                                             {{QStringLiteral("version"), QString::fromLatin1(appVersion)}}};
+    EXPECT_TRUE(analytics.events().contains(expected));
+    ASSERT_FALSE(dialogs.prompts.isEmpty());
+    EXPECT_EQ(dialogs.prompts.last().text,
+              QStringLiteral("Updates for Tallowbrook come from the system's package manager."));
 }
