@@ -6,8 +6,10 @@
 #include "core/Logger.h"
 #include "core/SettingsStore.h"
 #include "core/UserDialogs.h"
+#include "core/Version.h"
 #include "documents/DocumentReader.h"
 
+#include <QDesktopServices>
 #include <QEvent>
 #include <QFileInfo>
 #include <QGuiApplication>
@@ -17,14 +19,17 @@
 namespace tb {
 
 AppDelegate::AppDelegate(Analytics& analytics, SettingsStore& settings, CommandBus& commands, DocumentReader& documents,
-                         UserDialogs& dialogs, QObject* parent)
+                         Scheduler& scheduler, UserDialogs& dialogs, QObject* parent)
     : QObject(parent),
       analytics(analytics),
       settings(settings),
       commands(commands),
       documents(documents),
       dialogs(dialogs),
-      updater(new UpdaterControllerWrapper(this))
+      updater(new UpdaterControllerWrapper(
+          QString::fromUtf8(updateFeedURL), scheduler, dialogs, QString::fromLatin1(appVersion),
+          UpdaterControllerWrapper::defaultTransferTimeout, [](const QUrl& page) { QDesktopServices::openUrl(page); },
+          printLine, this))
 {
 }
 

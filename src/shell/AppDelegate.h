@@ -9,6 +9,7 @@ namespace tb {
 class Analytics;
 class CommandBus;
 class DocumentReader;
+class Scheduler;
 class SettingsStore;
 class UpdaterControllerWrapper;
 class UserDialogs;
@@ -18,8 +19,9 @@ class UserDialogs;
 class AppDelegate final : public QObject {
     Q_OBJECT
 public:
+    // The updater is made here, first of all, over the build's feed.
     AppDelegate(Analytics& analytics, SettingsStore& settings, CommandBus& commands, DocumentReader& documents,
-                UserDialogs& dialogs, QObject* parent = nullptr);
+                Scheduler& scheduler, UserDialogs& dialogs, QObject* parent = nullptr);
     ~AppDelegate() override;
 
     UpdaterControllerWrapper& updaterControllerWrapper() { return *updater; }

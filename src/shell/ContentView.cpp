@@ -100,7 +100,7 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
     columns->addLayout(queueArea, 1);
     controls = new ControlsColumn(
         ControlsColumn::Services{services.settings, services.slideshowManager, services.fileRevealer, services.updater,
-                                 services.dialogs},
+                                 services.dialogs, services.analytics},
         [this] { return fileIntake->selectedFolderURL(); }, content);
     auto* controlsScroll = new QScrollArea(content);
     controlsScroll->setWidget(controls);
@@ -507,7 +507,7 @@ void ContentView::buildMenus()
                                    .arg(QApplication::applicationVersion()));
     });
     addCommand(help, QStringLiteral("Check for updates…"), QKeySequence(),
-               [this] { services.updater.checkForUpdates(services.dialogs); });
+               [this] { services.updater.checkForUpdates(); });
     help->addSeparator();
     addCommand(help, QStringLiteral("Export Diagnostic Logs..."), QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_L),
                [this] { exportDiagnosticLogs(Logger::shared(), services.dialogs, services.fileRevealer); });

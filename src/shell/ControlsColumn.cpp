@@ -3,10 +3,12 @@
 #include "IconLine.h"
 #include "KeyboardShortcutsView.h"
 #include "UpdaterControllerWrapper.h"
+#include "core/Analytics.h"
 #include "core/FileRevealer.h"
 #include "core/Logger.h"
 #include "core/SettingsStore.h"
 #include "core/UserDialogs.h"
+#include "core/Version.h"
 #include "media/MediaTypes.h"
 #include "media/QueueEditing.h"
 #include "playback/SlideshowManager.h"
@@ -222,8 +224,11 @@ ControlsColumn::ControlsColumn(Services services, std::function<std::optional<QU
     auto* version = new QLabel(QStringLiteral("Version ") + QApplication::applicationVersion(), this);
     version->setObjectName(QStringLiteral("version"));
     QPushButton* checkUpdates = button(this, QStringLiteral("Check for updates"));
-    connect(checkUpdates, &QPushButton::clicked, this,
-            [this] { this->services.updater.checkForUpdates(this->services.dialogs); });
+    connect(checkUpdates, &QPushButton::clicked, this, [this] {
+        this->services.analytics.recordEvent(QStringLiteral("check_for_updates_clicked"),
+                                             {{QStringLiteral("version"), QString::fromLatin1(appVersion)}});
+        this->services.updater.checkForUpdates();
+    });
     auto* info = new QToolButton(this);
     info->setIcon(icon(this, "dialog-information", QStyle::SP_MessageBoxInformation));
     info->setToolTip(QStringLiteral("Click for more information"));

@@ -14,6 +14,7 @@ class QPushButton;
 
 namespace tb {
 
+class Analytics;
 class FileRevealer;
 class SettingsStore;
 class SlideshowManager;
@@ -33,6 +34,7 @@ public:
         FileRevealer& fileRevealer;
         UpdaterControllerWrapper& updater;
         UserDialogs& dialogs;
+        Analytics& analytics;
     };
 
     // selectedFolder gives the folder of the last dialog run, when it chose exactly one.

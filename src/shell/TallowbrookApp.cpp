@@ -47,7 +47,7 @@ QList<QUrl> urlsFromArguments(const QStringList& arguments)
 TallowbrookApp::TallowbrookApp()
     : documents(std::make_unique<UnreadableDocuments>()),
       pictures(std::make_unique<PictureService>(largestScreen(), &fileSystems, &processMemory, &sharedThumbnails)),
-      delegate(analytics, settings, commands, *documents, dialogs),
+      delegate(analytics, settings, commands, *documents, scheduler, dialogs),
       appServices{settings,         scheduler,    random,
                   analytics,        revealer,     dialogs,
                   commands,         metadata,     delegate.updaterControllerWrapper(),

@@ -31,7 +31,7 @@ public:
 
 struct AppDelegateTest : ShellFixture {
     FakeDocuments documents;
-    AppDelegate delegate{analytics, settings, commands, documents, dialogs};
+    AppDelegate delegate{analytics, settings, commands, documents, scheduler, dialogs};
 };
 
 QUrl file(const char* path) { return QUrl::fromLocalFile(QString::fromUtf8(path)); }

@@ -50,7 +50,13 @@ struct ShellFixture : ::testing::Test {
     ScriptedUserDialogs dialogs;
     CommandBus commands;
     MetadataService metadata;
-    UpdaterControllerWrapper updater;
+    // A build without a feed: the commands point at the package manager and nothing is fetched.
+    UpdaterControllerWrapper updater{QString(),
+                                     scheduler,
+                                     dialogs,
+                                     QStringLiteral("1.2.0"),
+                                     UpdaterControllerWrapper::defaultTransferTimeout,
+                                     [](const QUrl&) {}};
     SlideshowManager slideshowManager;
     FakeAudioPlayers audioPlayers;
     PictureService pictures;
