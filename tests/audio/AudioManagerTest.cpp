@@ -1,10 +1,12 @@
 #include "audio/AudioManager.h"
 #include "audio/AudioOptionsView.h"
+#include "support/AccessibilityWalk.h"
 #include "support/AudioDoubles.h"
 #include "support/LogCapture.h"
 #include "support/ScriptedUserDialogs.h"
 
 #include <QCoreApplication>
+#include <QToolButton>
 
 #include <gtest/gtest.h>
 
@@ -164,4 +166,25 @@ TEST_F(Playlist, ThePanelMovesAndDeletesAroundTheCurrentTrack)
 
     EXPECT_EQ(AudioOptionsView::durationText(3600.0), QStringLiteral("60:00"));
     EXPECT_EQ(AudioOptionsView::durationText(125.9), QStringLiteral("2:05"));
+}
+
+// The panel's own buttons, a row's included, reach the playlist; every control has a name.
+TEST_F(Playlist, ThePanelsControlsAreNamedAndWork)
+{
+    setTracks({"a.mp3", "b.mp3"});
+    AudioOptionsView panel(audio, dialogs);
+    int checked = 0;
+    EXPECT_EQ(unnamedFocusableControls(&panel, checked), QStringList());
+    EXPECT_GE(checked, 10);
+
+    QToolButton* down = nullptr;
+    for (QToolButton* button : panel.findChildren<QToolButton*>()) {
+        if (button->toolTip() == QLatin1String("Move down") && button->parentWidget()->accessibleName() == "a.mp3")
+            down = button;
+    }
+    ASSERT_NE(down, nullptr);
+    down->click(); // rebuilds the rows from inside the click
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_EQ(audio.audioTracks()[0].filename, QStringLiteral("b.mp3"));
+    EXPECT_EQ(lines().last(), QStringLiteral("Moved track down from index 0 to 1"));
 }
