@@ -93,6 +93,7 @@ AudioOptionsView::AudioOptionsView(AudioManager& audioManager, UserDialogs& dial
     trackList = new QScrollArea(this);
     trackList->setWidget(list);
     trackList->setWidgetResizable(true);
+    trackList->setAccessibleName(QStringLiteral("Audio tracks"));
     layout->addWidget(emptyText, 1);
     layout->addWidget(trackList, 1);
 

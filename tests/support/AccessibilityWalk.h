@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/QtPrinting.h"
+
 #include <QAbstractSpinBox>
 #include <QCoreApplication>
 #include <QEvent>

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/Logger.h"
+#include "support/QtPrinting.h"
 
 #include <QList>
 #include <QMutex>

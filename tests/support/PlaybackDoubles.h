@@ -5,6 +5,7 @@
 #include "core/RandomSource.h"
 #include "core/SleepInhibitor.h"
 #include "media/PictureCaches.h"
+#include "support/QtPrinting.h"
 
 #include <QImageReader>
 #include <QStringList>
