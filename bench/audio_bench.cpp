@@ -4,6 +4,7 @@
 #include "StallProbe.h"
 #include "audio/AudioManager.h"
 #include "audio/QtAudioPlayers.h"
+#include "core/Logger.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -13,10 +14,12 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <memory>
 
 int main(int argc, char** argv)
 {
     QGuiApplication app(argc, argv);
+    tb::Logger::installShared(std::make_unique<tb::Logger>(std::nullopt, [](const QByteArray&) {}));
     if (argc < 2) {
         std::fprintf(stderr, "usage: audio_bench <folder>\n");
         return 2;

@@ -14,17 +14,6 @@ extern "C" {
 
 namespace tb {
 
-namespace {
-
-QString ffmpegError(int code)
-{
-    char text[AV_ERROR_MAX_STRING_SIZE] = {};
-    av_strerror(code, text, sizeof text);
-    return QString::fromUtf8(text);
-}
-
-} // namespace
-
 QString audioOpenError(const QString& filePath)
 {
     const QByteArray path = filePath.toUtf8();
@@ -35,7 +24,8 @@ QString audioOpenError(const QString& filePath)
     AVFormatContext* format = nullptr;
     int status = avformat_open_input(&format, path.constData(), nullptr, nullptr);
     if (status < 0)
-        return QStringLiteral("The file “%1” is not in a known audio format (%2)").arg(filePath, ffmpegError(status));
+        return QStringLiteral("The file “%1” is not in a known audio format (%2)")
+            .arg(filePath, ffmpegErrorText(status));
     QString error;
     const AVCodec* decoder = nullptr;
     status = avformat_find_stream_info(format, nullptr);
@@ -46,7 +36,7 @@ QString audioOpenError(const QString& filePath)
     else if (status == AVERROR_DECODER_NOT_FOUND || (status >= 0 && !decoder))
         error = QStringLiteral("The audio of “%1” is in a format that cannot be decoded").arg(filePath);
     else if (status < 0)
-        error = QStringLiteral("The file “%1” cannot be read as audio (%2)").arg(filePath, ffmpegError(status));
+        error = QStringLiteral("The file “%1” cannot be read as audio (%2)").arg(filePath, ffmpegErrorText(status));
     avformat_close_input(&format);
     return error;
 }

@@ -4,6 +4,7 @@
 
 extern "C" {
 #include <libavformat/avformat.h>
+#include <libavutil/error.h>
 #include <libavutil/log.h>
 }
 
@@ -15,6 +16,13 @@ void quietFFmpeg()
     // matters in its log.
     static std::once_flag once;
     std::call_once(once, [] { av_log_set_level(AV_LOG_FATAL); });
+}
+
+QString ffmpegErrorText(int code)
+{
+    char text[AV_ERROR_MAX_STRING_SIZE] = {};
+    av_strerror(code, text, sizeof text);
+    return QString::fromUtf8(text);
 }
 
 std::optional<double> clipDuration(const QString& filePath)

@@ -13,4 +13,7 @@ std::optional<double> clipDuration(const QString& filePath);
 // Keeps FFmpeg's own messages off the console (fatal ones aside).
 void quietFFmpeg();
 
+// FFmpeg's text for one of its error codes.
+QString ffmpegErrorText(int code);
+
 } // namespace tb

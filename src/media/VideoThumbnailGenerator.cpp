@@ -21,13 +21,6 @@ namespace tb {
 
 namespace {
 
-QString describe(int error)
-{
-    char text[AV_ERROR_MAX_STRING_SIZE] = {};
-    av_strerror(error, text, sizeof text);
-    return QString::fromUtf8(text);
-}
-
 struct FormatCloser {
     void operator()(AVFormatContext* f) const { avformat_close_input(&f); }
 };
@@ -67,10 +60,10 @@ std::variant<QImage, QString> firstVideoFrame(const QString& path, int maximumSi
     quietFFmpeg();
     AVFormatContext* rawFormat = nullptr;
     if (const int error = avformat_open_input(&rawFormat, path.toUtf8().constData(), nullptr, nullptr); error < 0)
-        return describe(error);
+        return ffmpegErrorText(error);
     std::unique_ptr<AVFormatContext, FormatCloser> format(rawFormat);
     if (const int error = avformat_find_stream_info(format.get(), nullptr); error < 0)
-        return describe(error);
+        return ffmpegErrorText(error);
     const AVCodec* codec = nullptr;
     const int streamIndex = av_find_best_stream(format.get(), AVMEDIA_TYPE_VIDEO, -1, -1, &codec, 0);
     if (streamIndex < 0 || !codec)
@@ -81,7 +74,7 @@ std::variant<QImage, QString> firstVideoFrame(const QString& path, int maximumSi
     if (!decoder || avcodec_parameters_to_context(decoder.get(), stream->codecpar) < 0)
         return QStringLiteral("The video track cannot be decoded.");
     if (const int error = avcodec_open2(decoder.get(), codec, nullptr); error < 0)
-        return describe(error);
+        return ffmpegErrorText(error);
 
     std::unique_ptr<AVPacket, PacketFreer> packet(av_packet_alloc());
     std::unique_ptr<AVFrame, FrameFreer> frame(av_frame_alloc());
@@ -98,7 +91,8 @@ std::variant<QImage, QString> firstVideoFrame(const QString& path, int maximumSi
         haveFrame = avcodec_receive_frame(decoder.get(), frame.get()) >= 0;
     }
     if (!haveFrame || frame->width <= 0 || frame->height <= 0)
-        return status < 0 && status != AVERROR_EOF ? describe(status) : QStringLiteral("No frame could be decoded.");
+        return status < 0 && status != AVERROR_EOF ? ffmpegErrorText(status)
+                                                   : QStringLiteral("No frame could be decoded.");
 
     // Scale while converting, to the size that fits once the clip is turned upright.
     const int rotation = rotationOf(stream);
