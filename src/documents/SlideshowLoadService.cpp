@@ -176,11 +176,10 @@ std::variant<SlideshowDocument, QString> SlideshowLoadService::read(const QStrin
     return std::move(std::get<SlideshowDocument>(loaded));
 }
 
-Restored<IdentifiableImage> SlideshowLoadService::restoreImages(const SlideshowDocument& document,
-                                                                const std::optional<QString>& baseFolder,
-                                                                BookmarkResolver& resolver)
+RestoredImages SlideshowLoadService::restoreImages(const SlideshowDocument& document,
+                                                   const std::optional<QString>& baseFolder, BookmarkResolver& resolver)
 {
-    Restored<IdentifiableImage> result;
+    RestoredImages result;
     const qsizetype count = document.images.size();
     logInfo(QStringLiteral("Starting to restore %1 images").arg(count));
     for (qsizetype i = 0; i < count; ++i) {
@@ -191,7 +190,7 @@ Restored<IdentifiableImage> SlideshowLoadService::restoreImages(const SlideshowD
         const auto found = findFile(imageWording, saved.filename, saved.originalPath, saved.relativePath,
                                     saved.bookmarkData, baseFolder, resolver);
         if (!found) {
-            result.missing.append(saved.filename);
+            result.missing.append(saved);
             logWarning(QStringLiteral("❌ Failed to restore: ") + saved.filename);
             continue;
         }
@@ -202,15 +201,15 @@ Restored<IdentifiableImage> SlideshowLoadService::restoreImages(const SlideshowD
         logInfo(QStringLiteral("✅ Successfully restored: ") + saved.filename);
     }
     logInfo(QStringLiteral("Restored %1/%2 images").arg(result.items.size()).arg(count));
-    logInfo(QStringLiteral("Missing files: ") + listText(result.missing));
+    logInfo(QStringLiteral("Missing files: ") + listText(result.missingNames()));
     return result;
 }
 
-Restored<AudioTrack> SlideshowLoadService::restoreAudioTracks(const SlideshowDocument& document,
-                                                              const std::optional<QString>& baseFolder,
-                                                              BookmarkResolver& resolver)
+RestoredTracks SlideshowLoadService::restoreAudioTracks(const SlideshowDocument& document,
+                                                        const std::optional<QString>& baseFolder,
+                                                        BookmarkResolver& resolver)
 {
-    Restored<AudioTrack> result;
+    RestoredTracks result;
     const qsizetype count = document.audioTracks.size();
     logInfo(QStringLiteral("Starting to restore %1 audio tracks").arg(count));
     for (qsizetype i = 0; i < count; ++i) {
@@ -221,7 +220,7 @@ Restored<AudioTrack> SlideshowLoadService::restoreAudioTracks(const SlideshowDoc
         const auto found = findFile(trackWording, saved.filename, saved.originalPath, saved.relativePath,
                                     saved.bookmarkData, baseFolder, resolver);
         if (!found) {
-            result.missing.append(saved.filename);
+            result.missing.append(saved);
             logWarning(QStringLiteral("Could not restore audio track: ") + saved.filename);
             continue;
         }

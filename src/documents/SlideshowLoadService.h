@@ -30,11 +30,21 @@ struct SlideshowLoadError {
     QString description() const;
 };
 
-// What restoring found, in document order, and the file names of what it did not.
-template <typename Item> struct Restored {
+// What restoring found, in document order, and the saved records of what it did not.
+template <typename Item, typename Saved> struct Restored {
     QList<Item> items;
-    QStringList missing;
+    QList<Saved> missing;
+
+    QStringList missingNames() const
+    {
+        QStringList names;
+        for (const Saved& saved : missing)
+            names.append(saved.filename);
+        return names;
+    }
 };
+using RestoredImages = Restored<IdentifiableImage, SavedImageInfo>;
+using RestoredTracks = Restored<AudioTrack, SavedAudioTrack>;
 
 // Reads slideshow documents and finds their files again: by bookmark first, then by the
 // original path, the path relative to the base folder, and the file name in the base folder.
@@ -50,12 +60,10 @@ public:
 
     // Run on any thread. One resolver per document: items that moved out of one folder cost one
     // search for all of them.
-    static Restored<IdentifiableImage> restoreImages(const SlideshowDocument& document,
-                                                     const std::optional<QString>& baseFolder,
-                                                     BookmarkResolver& resolver);
-    static Restored<AudioTrack> restoreAudioTracks(const SlideshowDocument& document,
-                                                   const std::optional<QString>& baseFolder,
-                                                   BookmarkResolver& resolver);
+    static RestoredImages restoreImages(const SlideshowDocument& document, const std::optional<QString>& baseFolder,
+                                        BookmarkResolver& resolver);
+    static RestoredTracks restoreAudioTracks(const SlideshowDocument& document,
+                                             const std::optional<QString>& baseFolder, BookmarkResolver& resolver);
 
 private:
     Analytics& analytics;

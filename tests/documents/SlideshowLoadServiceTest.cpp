@@ -46,7 +46,10 @@ struct LoadTest : ::testing::Test {
         }
         return image;
     }
-    QString lastEvent(const char* key) const { return analytics.events().last().segmentation.value(QLatin1String(key)); }
+    QString lastEvent(const char* key) const
+    {
+        return analytics.events().last().segmentation.value(QLatin1String(key));
+    }
 };
 
 std::optional<QString> errorOf(const std::variant<SlideshowDocument, SlideshowLoadError>& result)
@@ -137,7 +140,7 @@ TEST_F(LoadTest, RestorationTriesEachWayInTurnAndKeepsDocumentOrder)
         found.append(item.filePath());
     EXPECT_EQ(found, (QStringList{at("shows/new name.jpg"), at("home/pics/relative.jpg"), at("home/byname.gif"),
                                   at("shows/clip.mp4")}));
-    EXPECT_EQ(images.missing, QStringList{"deleted.jpg"});
+    EXPECT_EQ(images.missingNames(), QStringList{"deleted.jpg"});
     EXPECT_EQ(images.items[0].filename(), QStringLiteral("renamed.jpg")) << "the document's name stays";
     EXPECT_NE(images.items[0].id(), QUuid::fromString(document.images[0].id)) << "a fresh id";
     EXPECT_TRUE(images.items[2].isGIF());
@@ -157,7 +160,7 @@ TEST_F(LoadTest, RestorationTriesEachWayInTurnAndKeepsDocumentOrder)
 
     const auto tracks = SlideshowLoadService::restoreAudioTracks(document, at("home"), resolver);
     EXPECT_TRUE(tracks.items.isEmpty());
-    EXPECT_EQ(tracks.missing, QStringList{"gone.mp3"});
+    EXPECT_EQ(tracks.missingNames(), QStringList{"gone.mp3"});
     EXPECT_TRUE(
         log.contains(LogLevel::Warning, QStringLiteral("❌ Audio file not found at original path: ") + at("gone.mp3")));
     EXPECT_TRUE(log.contains(LogLevel::Warning, "Could not restore audio track: gone.mp3"));
