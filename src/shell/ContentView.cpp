@@ -19,6 +19,7 @@
 #include "core/SettingsStore.h"
 #include "core/UserDialogs.h"
 #include "documents/SlideshowDocument.h"
+#include "documents/SlideshowSaveService.h"
 #include "media/FileIntake.h"
 #include "media/PictureClient.h"
 #include "media/Queue.h"
@@ -93,6 +94,8 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
     sessionControl = std::make_unique<SessionControl>(
         items, SessionControl::Services{services.settings, services.slideshowManager, *audioManager, services.analytics,
                                         services.random, services.dialogs, *playerPresenter});
+    saveService = std::make_unique<SlideshowSaveService>(
+        SlideshowSaveService::Services{services.settings, services.dialogs, services.analytics, services.fileRevealer});
 
     auto* content = new QWidget(this);
     auto* columns = new QHBoxLayout(content);
@@ -450,8 +453,10 @@ void ContentView::handle(Command command, const QVariantMap& userInfo)
         sessionControl->screensaverStart();
         break;
     case Command::saveSlideshow:
+        saveService->showSavePanel(items->items(), *audioManager, services.slideshowManager, selectedSortOption());
+        break;
     case Command::loadSlideshow:
-        // The save and open panels come with the document services.
+        // The open panel comes with the document services.
         break;
     }
 }

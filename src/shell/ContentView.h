@@ -27,6 +27,7 @@ class QueueTableModel;
 class QueueView;
 class ScreenPlayerPresenter;
 class SessionControl;
+class SlideshowSaveService;
 class Toast;
 
 // A main window: its own queue and controls, the shared services, and the program's menus.
@@ -92,6 +93,7 @@ private:
     std::unique_ptr<AudioManager> audioManager;
     std::unique_ptr<ScreenPlayerPresenter> playerPresenter;
     std::unique_ptr<SessionControl> sessionControl;
+    std::unique_ptr<SlideshowSaveService> saveService;
     QAction* floatOnTopAction = nullptr;
     ControlsColumn* controls = nullptr;
     QComboBox* sortPicker = nullptr;

@@ -1,5 +1,7 @@
 #include "ShellFixture.h"
 
+#include "audio/AudioManager.h"
+#include "documents/DocumentCodec.h"
 #include "documents/SlideshowDocument.h"
 #include "media/FileIntake.h"
 #include "shell/QueueModel.h"
@@ -7,6 +9,7 @@
 #include "support/LogCapture.h"
 
 #include <QAction>
+#include <QFile>
 #include <QLabel>
 #include <QMenuBar>
 #include <QMimeData>
@@ -52,6 +55,30 @@ TEST_F(ContentViewTest, EveryOpenWindowReactsToEachCommand)
     dialogs.prompts.clear();
     commands.post(Command::idleThresholdReached);
     EXPECT_TRUE(dialogs.prompts.isEmpty());
+}
+
+TEST_F(ContentViewTest, SaveSlideshowSavesThisWindowsQueueAndPlaylistWhereThePanelSays)
+{
+    ContentView& window = openWindow();
+    window.queue().replaceAll(tb::test::makeQueue(2));
+    window.audio().setAudioTracks({AudioTrack::fromFile(QUrl::fromLocalFile(QStringLiteral("/music/a.mp3")), 3.0)});
+    const QString path = dir.filePath(QStringLiteral("Show.slideshow"));
+    dialogs.saveAnswers = {path};
+    commands.post(Command::saveSlideshow);
+    ASSERT_EQ(dialogs.prompts.size(), 1);
+    EXPECT_EQ(dialogs.prompts[0].save.directory, QStringLiteral("/show")) << "the first item's folder";
+    ASSERT_TRUE(QTest::qWaitFor([this] { return dialogs.prompts.size() == 2; }, 30000));
+    EXPECT_EQ(dialogs.prompts[1].title, QStringLiteral("Slideshow Saved Successfully"));
+
+    QFile saved(path);
+    ASSERT_TRUE(saved.open(QIODevice::ReadOnly));
+    const auto decoded = decodeSlideshowDocument(saved.readAll());
+    ASSERT_TRUE(std::holds_alternative<SlideshowDocument>(decoded));
+    const SlideshowDocument& document = std::get<SlideshowDocument>(decoded);
+    ASSERT_EQ(document.images.size(), 2);
+    EXPECT_EQ(document.images[1].originalPath, QStringLiteral("/show/1.jpg"));
+    EXPECT_EQ(document.audioTracks.size(), 1);
+    EXPECT_EQ(document.settings.selectedSortOption, window.selectedSortOption());
 }
 
 TEST_F(ContentViewTest, OnlyADocumentPayloadIsTakenAsADocument)
