@@ -25,6 +25,7 @@ struct OpenPanelOptions {
     bool allowsMultipleSelection = false;
     bool canChooseFiles = true;
     bool canChooseDirectories = false;
+    bool canCreateDirectories = true; // false also keeps the user from renaming or deleting in it
 };
 
 struct SavePanelOptions {

@@ -134,6 +134,8 @@ QStringList QtUserDialogs::openPanel(const OpenPanelOptions& options)
         FilesAndFoldersDialog dialog(owner());
         applyCommon(dialog, options.title, options.nameFilters, options.directory);
         dialog.setAcceptMode(QFileDialog::AcceptOpen);
+        // Qt's dialog has no switch for the new-folder button alone; read-only turns it off.
+        dialog.setOption(QFileDialog::ReadOnly, !options.canCreateDirectories);
         dialog.setFileMode(QFileDialog::ExistingFiles);
         addMessage(dialog, options.message);
         setPrompt(dialog, options.prompt);
@@ -144,6 +146,7 @@ QStringList QtUserDialogs::openPanel(const OpenPanelOptions& options)
     QFileDialog dialog(owner());
     applyCommon(dialog, options.title, options.nameFilters, options.directory);
     dialog.setAcceptMode(QFileDialog::AcceptOpen);
+    dialog.setOption(QFileDialog::ReadOnly, !options.canCreateDirectories);
     if (options.canChooseDirectories && !options.canChooseFiles)
         dialog.setFileMode(QFileDialog::Directory);
     else

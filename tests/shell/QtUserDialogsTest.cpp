@@ -11,6 +11,7 @@
 #include <QMessageBox>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QToolButton>
 
 #include <gtest/gtest.h>
 
@@ -40,6 +41,12 @@ QAbstractButton* buttonLabelled(QMessageBox* box, const QString& text)
         if (button->text() == text)
             return button;
     return nullptr;
+}
+
+bool canMakeFolders(QFileDialog* panel)
+{
+    const auto* button = panel->findChild<QToolButton*>(QStringLiteral("newFolderButton"));
+    return button && button->isEnabled();
 }
 
 } // namespace
@@ -96,6 +103,7 @@ TEST(QtUserDialogs, SavePanelShowsItsMessageAndReturnsTheChosenPath)
     whenShown<QFileDialog>([&dir](QFileDialog* panel) {
         EXPECT_EQ(panel->windowTitle(), QStringLiteral("Save Diagnostic Logs"));
         EXPECT_EQ(panel->acceptMode(), QFileDialog::AcceptSave);
+        EXPECT_TRUE(canMakeFolders(panel));
         bool messageShown = false;
         for (QLabel* label : panel->findChildren<QLabel*>())
             messageShown |= label->text() == QStringLiteral("Choose where to save the diagnostic logs");
@@ -113,10 +121,15 @@ TEST(QtUserDialogs, SavePanelShowsItsMessageAndReturnsTheChosenPath)
 
     whenShown<QFileDialog>([](QFileDialog* panel) {
         EXPECT_EQ(panel->labelText(QFileDialog::Accept), QStringLiteral("Select"));
+        EXPECT_EQ(panel->fileMode(), QFileDialog::Directory);
+        EXPECT_FALSE(canMakeFolders(panel)) << "this panel may not make folders";
         panel->reject();
     });
     OpenPanelOptions open;
     open.prompt = QStringLiteral("Select");
+    open.canChooseFiles = false;
+    open.canChooseDirectories = true;
+    open.canCreateDirectories = false;
     EXPECT_EQ(dialogs.openPanel(open), QStringList{}) << "cancel gives nothing";
 }
 
