@@ -7,6 +7,7 @@ class AudioPlayers;
 class CommandBus;
 class DisplayManager;
 class FileRevealer;
+class FileSystems;
 class IdleWatching;
 class MetadataService;
 class PictureService;
@@ -26,6 +27,7 @@ struct AppServices {
     RandomSource& random;
     Analytics& analytics;
     FileRevealer& fileRevealer;
+    const FileSystems& fileSystems;
     UserDialogs& dialogs;
     CommandBus& commands;
     MetadataService& metadata;

@@ -19,6 +19,7 @@
 #include "core/SettingsStore.h"
 #include "core/UserDialogs.h"
 #include "documents/SlideshowDocument.h"
+#include "documents/SlideshowOpening.h"
 #include "documents/SlideshowSaveService.h"
 #include "media/FileIntake.h"
 #include "media/PictureClient.h"
@@ -44,6 +45,7 @@
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QSignalBlocker>
 #include <QStackedWidget>
 #include <QStyle>
 #include <QTableView>
@@ -129,6 +131,23 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
     connect(controls, &ControlsColumn::helpRequested, this,
             [this] { openPanelOnce<SettingsHelpView>(this, [this] { return new SettingsHelpView(this); }); });
     sortPicker = controls->sortPicker();
+    opening = std::make_unique<SlideshowOpening>(
+        SlideshowOpening::Services{services.dialogs, services.fileSystems, services.settings, services.slideshowManager,
+                                   *items, *audioManager, services.analytics},
+        SlideshowOpening::Window{[this](bool on) {
+                                     documentLoading = on;
+                                     showQueue();
+                                 },
+                                 [this](const QString& label) {
+                                     // The order is the document's: choosing the label must not sort.
+                                     QSignalBlocker quiet(sortPicker);
+                                     sortPicker->setCurrentText(label);
+                                 },
+                                 [this](int count) {
+                                     fileIntake->setTotalPhotosAdded(count);
+                                     showTotals();
+                                 },
+                                 [this](const QString& message) { showToast(message); }});
     // Picking an option sorts at once; "-" keeps the present order.
     connect(sortPicker, &QComboBox::currentTextChanged, this, [this](const QString& option) {
         QList<IdentifiableImage> sorted = items->items();
@@ -253,11 +272,16 @@ void ContentView::showQueue()
     hideThumbnailsButton->setToolTip(hidden ? QStringLiteral("Show thumbnails") : QStringLiteral("Hide thumbnails"));
     hideThumbnailsButton->setText(hideThumbnailsButton->toolTip());
     hideThumbnailsButton->setAccessibleName(hideThumbnailsButton->toolTip());
+    // Adding files, or finding a document's files again: the spinner, in place of the queue that
+    // is about to change.
+    const bool loading = fileIntake->isLoading() || documentLoading;
     for (QWidget* part : promptParts)
-        part->setVisible(!fileIntake->isLoading());
+        part->setVisible(!loading);
     for (QWidget* part : loadingParts)
-        part->setVisible(fileIntake->isLoading());
-    QWidget* form = items->isEmpty() ? queuePanel->widget(0) : isGridShown() ? static_cast<QWidget*>(grid) : table;
+        part->setVisible(loading);
+    QWidget* form = items->isEmpty() || loading ? queuePanel->widget(0)
+                    : isGridShown()             ? static_cast<QWidget*>(grid)
+                                                : table;
     if (form != queuePanel->currentWidget()) {
         // A change of form forgets the anchor of shift-clicks and any drag; the selection stays.
         items->forgetAnchor();
@@ -374,6 +398,7 @@ void ContentView::removeAll()
 
 ContentView::~ContentView()
 {
+    opening.reset();
     sessionControl.reset();
     playerPresenter.reset();
     fileIntake.reset();
@@ -445,8 +470,10 @@ void ContentView::handle(Command command, const QVariantMap& userInfo)
     case Command::openSlideshowFromFinder: {
         const QVariant document = userInfo.value(QStringLiteral("document"));
         // Anything but a document under that key is ignored.
-        if (document.metaType() == QMetaType::fromType<SlideshowDocument>())
+        if (document.metaType() == QMetaType::fromType<SlideshowDocument>()) {
             Q_EMIT documentReceived(document.value<SlideshowDocument>());
+            opening->open(document.value<SlideshowDocument>());
+        }
         break;
     }
     case Command::idleThresholdReached:
@@ -456,7 +483,7 @@ void ContentView::handle(Command command, const QVariantMap& userInfo)
         saveService->showSavePanel(items->items(), *audioManager, services.slideshowManager, selectedSortOption());
         break;
     case Command::loadSlideshow:
-        // The open panel comes with the document services.
+        opening->showOpenPanel();
         break;
     }
 }

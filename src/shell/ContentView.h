@@ -28,6 +28,7 @@ class QueueView;
 class ScreenPlayerPresenter;
 class SessionControl;
 class SlideshowSaveService;
+class SlideshowOpening;
 class Toast;
 
 // A main window: its own queue and controls, the shared services, and the program's menus.
@@ -43,6 +44,7 @@ public:
 
     Queue& queue() { return *items; }
     SessionControl& session() { return *sessionControl; }
+    SlideshowOpening& documentOpening() { return *opening; }
     // This window's background playlist.
     AudioManager& audio() { return *audioManager; }
     FileIntake& intake() { return *fileIntake; }
@@ -94,6 +96,7 @@ private:
     std::unique_ptr<ScreenPlayerPresenter> playerPresenter;
     std::unique_ptr<SessionControl> sessionControl;
     std::unique_ptr<SlideshowSaveService> saveService;
+    std::unique_ptr<SlideshowOpening> opening;
     QAction* floatOnTopAction = nullptr;
     ControlsColumn* controls = nullptr;
     QComboBox* sortPicker = nullptr;
@@ -108,6 +111,7 @@ private:
     void followColumnWidths(QTableView* view);
     void setDraggingOver(bool over);
     bool draggingOver = false;
+    bool documentLoading = false;
     QFrame* dropHighlight = nullptr;
     bool isGridShown() const;
     bool followingSelection = false;

@@ -13,16 +13,6 @@ namespace tb {
 
 namespace {
 
-// Documents can be handed to the program before it can read them; each request then ends in
-// the "Failed to Open Slideshow" alert with this reason.
-class UnreadableDocuments final : public DocumentReader {
-public:
-    std::variant<SlideshowDocument, QString> read(const QString&) override
-    {
-        return QStringLiteral("This version of Tallowbrook cannot read slideshow documents yet.");
-    }
-};
-
 // Pictures are decoded no larger than the largest screen shows them, with room for the Ken Burns
 // zoom (up to 1.25).
 QSize largestScreen()
@@ -45,14 +35,13 @@ QList<QUrl> urlsFromArguments(const QStringList& arguments)
 
 // The delegate, and with it the updater, is made first.
 TallowbrookApp::TallowbrookApp()
-    : documents(std::make_unique<UnreadableDocuments>()),
+    : documents(std::make_unique<SlideshowLoadService>(analytics)),
       pictures(std::make_unique<PictureService>(largestScreen(), &fileSystems, &processMemory, &sharedThumbnails)),
       delegate(analytics, settings, commands, *documents, scheduler, dialogs),
-      appServices{settings,         scheduler,    random,
-                  analytics,        revealer,     dialogs,
-                  commands,         metadata,     delegate.updaterControllerWrapper(),
-                  slideshowManager, audioPlayers, *pictures,
-                  sleepInhibitor,   displays,     idleWatcher},
+      appServices{settings,         scheduler,    random,    analytics,      revealer,
+                  fileSystems,      dialogs,      commands,  metadata,       delegate.updaterControllerWrapper(),
+                  slideshowManager, audioPlayers, *pictures, sleepInhibitor, displays,
+                  idleWatcher},
       instance(SingleInstance::defaultServerName())
 {
     // The setting is read here, once and at each change: decoding threads never touch the store.

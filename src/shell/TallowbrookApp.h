@@ -10,7 +10,7 @@
 #include "core/RandomSource.h"
 #include "core/RecordingAnalytics.h"
 #include "core/SettingsStore.h"
-#include "documents/DocumentReader.h"
+#include "documents/SlideshowLoadService.h"
 #include "media/MetadataService.h"
 #include "media/PictureService.h"
 #include "media/SharedThumbnails.h"

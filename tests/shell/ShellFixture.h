@@ -63,8 +63,10 @@ struct ShellFixture : ::testing::Test {
     FakeInhibitor inhibitor;
     DisplayManager displays;
     CountingIdleWatcher idleWatcher;
-    AppServices services{settings, scheduler,        random,       analytics, revealer,  dialogs,  commands,   metadata,
-                         updater,  slideshowManager, audioPlayers, pictures,  inhibitor, displays, idleWatcher};
+    FakeFileSystems fileSystems;
+    AppServices services{settings, scheduler, random,   analytics,  revealer,         fileSystems,
+                         dialogs,  commands,  metadata, updater,    slideshowManager, audioPlayers,
+                         pictures, inhibitor, displays, idleWatcher};
     std::vector<std::unique_ptr<ContentView>> windows;
 
     // A window that has not appeared yet: it subscribes to commands when shown.

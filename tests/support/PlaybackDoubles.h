@@ -2,6 +2,7 @@
 
 #include "audio/SlideshowAudio.h"
 #include "core/FileRevealer.h"
+#include "core/FileSystems.h"
 #include "core/RandomSource.h"
 #include "core/SleepInhibitor.h"
 #include "media/PictureCaches.h"
@@ -130,6 +131,20 @@ class FakeRevealer final : public FileRevealer {
 public:
     void reveal(const QString& filePath) override { revealed.append(filePath); }
     QStringList revealed;
+};
+
+// Paths under any of `networkFolders` count as lying on a network volume.
+class FakeFileSystems final : public FileSystems {
+public:
+    bool isNetworkPath(const QString& path) const override
+    {
+        for (const QString& folder : networkFolders) {
+            if (path.startsWith(folder))
+                return true;
+        }
+        return false;
+    }
+    QStringList networkFolders;
 };
 
 class SeededRandom final : public RandomSource {
