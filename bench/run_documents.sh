@@ -1,0 +1,32 @@
+#!/usr/bin/env bash
+# A slideshow document of the 20,000-file benchmark tree: written, read back with the files in
+# place, moved and gone, and opened in a window (longest GUI stall); beside python3's json.load
+# of the same document and a stat pass over the tree.
+# Usage: bench/run_documents.sh   (makes the tree in $CORPUS_DIR when it is missing)
+set -euo pipefail
+cd "$(dirname "$0")/.."
+corpus=${CORPUS_DIR:-/tmp/tallowbrook-corpus}
+maker=${BENCH_TREE_SCRIPT:-../shared/bench/make_tree_audio.sh}
+[ -d "$corpus/tree" ] || CORPUS_DIR="$corpus" bash "$maker" >/dev/null
+cmake -S . -B build-bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DTALLOWBROOK_BUILD_TESTS=OFF \
+  -DTALLOWBROOK_BUILD_BENCHMARKS=ON >/dev/null
+cmake --build build-bench --target document_bench >/dev/null
+
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+cp -r "$corpus/tree" "$scratch/tree"
+QT_QPA_PLATFORM=${QT_QPA_PLATFORM:-offscreen} build-bench/bench/document_bench "$scratch/tree" "$scratch" 2>/dev/null
+python3 - "$scratch/big.slideshow" "$scratch/tree" <<'PY'
+import json, os, sys, time
+start = time.perf_counter()
+with open(sys.argv[1]) as f:
+    json.load(f)
+loaded = time.perf_counter()
+count = 0
+for folder, _, names in os.walk(sys.argv[2]):
+    for name in names:
+        os.stat(os.path.join(folder, name))
+        count += 1
+walked = time.perf_counter()
+print(f"python3 json.load {1000 * (loaded - start):.0f} ms; stat pass of {count} files {1000 * (walked - loaded):.0f} ms")
+PY
