@@ -15,6 +15,8 @@
 #include <QDir>
 #include <QMetaObject>
 
+#include <utility>
+
 namespace tb {
 
 SlideshowOpening::SlideshowOpening(Services services, Window window, QObject* parent)
@@ -54,8 +56,12 @@ void SlideshowOpening::showOpenPanel()
 
 void SlideshowOpening::open(const SlideshowDocument& document)
 {
-    if (opening)
-        return; // one document at a time; the one being opened goes on
+    if (opening) {
+        // One document at a time: the newest one asked for follows the one being opened.
+        logInfo(QStringLiteral("A slideshow is being opened; the next one follows it"));
+        pending = document;
+        return;
+    }
     opening = true;
     window.setLoading(true);
     restore(document);
@@ -155,6 +161,8 @@ void SlideshowOpening::end()
 {
     opening = false;
     Q_EMIT finished();
+    if (pending)
+        open(*std::exchange(pending, std::nullopt));
 }
 
 } // namespace tb

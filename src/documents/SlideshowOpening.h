@@ -8,6 +8,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace tb {
 
@@ -55,7 +56,8 @@ public:
     void showOpenPanel();
     // A document already read (the panel's, or one the desktop handed over).
     void open(const SlideshowDocument& document);
-    bool isOpening() const { return opening; }
+    // True from the request until the document is applied or given up, and while another waits.
+    bool isOpening() const { return opening || pending.has_value(); }
 
     // Where relative paths are resolved from: the home folder, not the document's own, as
     // documents have always been read.
@@ -77,6 +79,7 @@ private:
     std::unique_ptr<FolderAccessHelper> folderAccess;
     std::unique_ptr<MissingFilesFlow> missingFiles;
     bool opening = false;
+    std::optional<SlideshowDocument> pending;
     // One restoration at a time, drained before the window goes.
     QThreadPool restoration;
 };
