@@ -1,6 +1,7 @@
 #include "GridView.h"
 
 #include "PictureProvider.h"
+#include "ScreensaverEventMonitor.h"
 #include "SlideshowManager.h"
 #include "audio/SlideshowAudio.h"
 #include "core/Logger.h"
@@ -8,6 +9,8 @@
 #include "core/SettingsStore.h"
 #include "media/PictureCaches.h"
 #include "media/Queue.h"
+
+#include <QCursor>
 
 #include <algorithm>
 #include <numeric>
@@ -128,6 +131,9 @@ void GridView::onAppear()
     printLine(QStringLiteral("Initial allDisplayedImages: ") + listText(displayed.values(), true));
     if (!config.isManualMode)
         setupTimer();
+    if (config.screensaverMode && !hasStopped)
+        screensaverEventMonitor =
+            std::make_unique<ScreensaverEventMonitor>([this] { stopSlideshow(); }, QCursor::pos());
 }
 
 // The tick
@@ -393,6 +399,7 @@ void GridView::cleanup()
     logInfo(QStringLiteral("[GridView Slideshow] Performing cleanup (caches)."));
     services.caches.cancelPreloads();
     clearCaches();
+    ScreensaverEventMonitor::dispose(screensaverEventMonitor);
 }
 
 void GridView::onRunningChanged(bool running)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "PauseIndicators.h"
+#include "ScreensaverEventMonitor.h"
 #include "ShowPlayer.h"
 #include "core/Scheduler.h"
 
@@ -133,6 +134,8 @@ private:
     GridServices services;
     QColor background = Qt::black;
     PauseIndicators indicators;
+    // Only in screen-saver shows: the first input ends the show.
+    std::unique_ptr<ScreensaverEventMonitor> screensaverEventMonitor;
 
     QList<int> current;
     QSet<int> displayed;

@@ -2,6 +2,7 @@
 
 #include "InfoBox.h"
 #include "PreloadPolicy.h"
+#include "ScreensaverEventMonitor.h"
 #include "SlideshowManager.h"
 #include "audio/SlideshowAudio.h"
 #include "core/FileRevealer.h"
@@ -10,6 +11,8 @@
 #include "media/MetadataService.h"
 #include "media/PictureCaches.h"
 #include "media/Queue.h"
+
+#include <QCursor>
 
 #include <cmath>
 
@@ -98,6 +101,9 @@ void SlideshowView::onAppear()
     countdown.start();
     countdown.start(); // as it stands: the second start replaces the first timer
     history.begin(order.current());
+    if (config.screensaverMode && !hasStopped)
+        screensaverEventMonitor =
+            std::make_unique<ScreensaverEventMonitor>([this] { stopSlideshow(); }, QCursor::pos());
 }
 
 // Arming
@@ -417,6 +423,7 @@ void SlideshowView::cleanup()
     services.caches.clearThumbnails();
     services.caches.clearVideoThumbnails();
     sleepPreventer.allowSleep();
+    ScreensaverEventMonitor::dispose(screensaverEventMonitor);
 }
 
 void SlideshowView::onDisappear()

@@ -3,6 +3,7 @@
 #include "Countdown.h"
 #include "PauseIndicators.h"
 #include "PlayOrder.h"
+#include "ScreensaverEventMonitor.h"
 #include "ShowPlayer.h"
 #include "SlidePresentation.h"
 #include "ViewHistory.h"
@@ -189,6 +190,8 @@ private:
     const SlideshowConfiguration config;
     PlayerServices services;
     SleepPreventer sleepPreventer;
+    // Only in screen-saver shows: the first input ends the show.
+    std::unique_ptr<ScreensaverEventMonitor> screensaverEventMonitor;
 
     QColor background = Qt::black;
     PlayOrder order;

@@ -10,24 +10,6 @@ using namespace tb::test;
 
 namespace {
 
-// One grid player with doubles for everything it touches.
-struct GridHarness : ShowDoubles {
-    std::unique_ptr<GridView> player;
-
-    explicit GridHarness(std::uint64_t seed = 1) : ShowDoubles(seed) {}
-
-    GridView& start(int count, GridConfiguration configuration)
-    {
-        queue->replaceAll(makeQueue(count));
-        manager.setSlideshowRunning(true);
-        player = std::make_unique<GridView>(queue, configuration,
-                                            GridServices{scheduler, random, manager, audio, caches, settings});
-        player->setClosePlayer([this] { ++closes; });
-        player->onAppear();
-        return *player;
-    }
-};
-
 GridConfiguration grid(int rows, int columns, bool loop = false, bool sync = false, double delay = 3.0)
 {
     GridConfiguration c;

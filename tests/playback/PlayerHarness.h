@@ -4,6 +4,7 @@
 #include "core/SettingsStore.h"
 #include "media/MetadataService.h"
 #include "media/Queue.h"
+#include "playback/GridView.h"
 #include "playback/SlideshowManager.h"
 #include "playback/SlideshowView.h"
 #include "support/LogCapture.h"
@@ -59,6 +60,24 @@ struct PlayerHarness : ShowDoubles {
         const auto& order = player->shuffledIndices();
         return player->shuffledIndex() >= 0 && player->shuffledIndex() < order.size() &&
                order[player->shuffledIndex()] == player->currentIndex();
+    }
+};
+
+// One grid player with doubles for everything it touches.
+struct GridHarness : ShowDoubles {
+    std::unique_ptr<GridView> player;
+
+    explicit GridHarness(std::uint64_t seed = 1) : ShowDoubles(seed) {}
+
+    GridView& start(int count, GridConfiguration configuration)
+    {
+        queue->replaceAll(makeQueue(count));
+        manager.setSlideshowRunning(true);
+        player = std::make_unique<GridView>(queue, configuration,
+                                            GridServices{scheduler, random, manager, audio, caches, settings});
+        player->setClosePlayer([this] { ++closes; });
+        player->onAppear();
+        return *player;
     }
 };
 

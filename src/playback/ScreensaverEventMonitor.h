@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QObject>
+#include <QPointF>
+
+#include <functional>
+#include <memory>
+
+namespace tb {
+
+// Ends a screen-saver show at the first input: a left or right button press, a pointer move, a
+// key press or a wheel turn anywhere in the program. Events go on to their targets as usual. A
+// move that leaves the pointer where it was is no input: a show's window appearing under a still
+// pointer must not end it. Watches from construction to destruction.
+class ScreensaverEventMonitor final : public QObject {
+    Q_OBJECT
+public:
+    ScreensaverEventMonitor(std::function<void()> onInput, QPointF pointer, QObject* parent = nullptr);
+    ~ScreensaverEventMonitor() override;
+
+    // Stops watching at once; safe from inside the input callback.
+    void stop();
+    // Stops watching, and goes once the event being delivered is done with.
+    static void dispose(std::unique_ptr<ScreensaverEventMonitor>& monitor);
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    std::function<void()> onInput;
+    QPointF lastPointer; // global
+};
+
+} // namespace tb
