@@ -26,6 +26,7 @@ PACKAGES=(
   # tests and benchmarks
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   xvfb xauth x11-apps x11-utils xdotool imagemagick ffmpeg fonts-dejavu-core
+  dbus-daemon dbus-session-bus-common
 )
 
 missing=()

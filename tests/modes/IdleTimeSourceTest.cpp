@@ -1,0 +1,108 @@
+#include "platform/DBusIdleTimeSource.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusVirtualObject>
+#include <QProcess>
+#include <QThread>
+
+#include <gtest/gtest.h>
+
+using namespace tb;
+
+namespace {
+
+// A desktop's idle service: answers its interface's calls with `idleMs` (as the method's own
+// type), or never when it hangs.
+class FakeIdleService final : public QDBusVirtualObject {
+public:
+    FakeIdleService(QString interface, qulonglong idleMs, bool hangs)
+        : interface(std::move(interface)), idleMs(idleMs), hangs(hangs)
+    {
+    }
+    QString introspect(const QString&) const override { return {}; }
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override
+    {
+        if (message.interface() != interface)
+            return false;
+        if (hangs) {
+            message.setDelayedReply(true); // and no reply ever comes
+            return true;
+        }
+        const QVariant value = message.member() == QLatin1String("GetIdletime") ? QVariant::fromValue(idleMs)
+                                                                                : QVariant::fromValue(uint(idleMs));
+        return connection.send(message.createReply(value));
+    }
+
+private:
+    QString interface;
+    qulonglong idleMs;
+    bool hangs;
+};
+
+// A private session bus; each fake service has a connection of its own and answers from a thread
+// of its own, since the source blocks the thread that asks.
+struct PrivateBus : ::testing::Test {
+    QProcess daemon;
+    QString address;
+    QThread serviceThread;
+    QList<FakeIdleService*> services;
+
+    void SetUp() override
+    {
+        daemon.start(QStringLiteral("dbus-daemon"),
+                     {QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--print-address=1")});
+        if (!daemon.waitForStarted(5000))
+            GTEST_SKIP() << "dbus-daemon is not installed";
+        ASSERT_TRUE(daemon.waitForReadyRead(5000));
+        address = QString::fromUtf8(daemon.readLine()).trimmed();
+        serviceThread.start();
+    }
+    void TearDown() override
+    {
+        for (const QString& name : {QStringLiteral("mutter"), QStringLiteral("screensaver"), QStringLiteral("client")})
+            QDBusConnection::disconnectFromBus(name);
+        serviceThread.quit();
+        serviceThread.wait();
+        qDeleteAll(services);
+        daemon.kill();
+        daemon.waitForFinished();
+    }
+    void serve(const char* connection, const char* name, const char* path, const char* interface, qulonglong idleMs,
+               bool hangs = false)
+    {
+        QDBusConnection bus = QDBusConnection::connectToBus(address, QLatin1String(connection));
+        ASSERT_TRUE(bus.isConnected());
+        ASSERT_TRUE(bus.registerService(QLatin1String(name)));
+        services.append(new FakeIdleService(QLatin1String(interface), idleMs, hangs));
+        services.last()->moveToThread(&serviceThread);
+        ASSERT_TRUE(bus.registerVirtualObject(QLatin1String(path), services.last()));
+    }
+    double idle()
+    {
+        return DBusIdleTimeSource(QDBusConnection::connectToBus(address, QStringLiteral("client"))).idleSeconds();
+    }
+};
+
+} // namespace
+
+TEST_F(PrivateBus, MutterFirstThenTheFreedesktopScreenSaverElseNothing)
+{
+    EXPECT_EQ(idle(), 0.0) << "no service answers";
+    serve("screensaver", "org.freedesktop.ScreenSaver", "/org/freedesktop/ScreenSaver", "org.freedesktop.ScreenSaver",
+          42500);
+    EXPECT_DOUBLE_EQ(idle(), 42.5) << "milliseconds, as KDE answers";
+    serve("mutter", "org.gnome.Mutter.IdleMonitor", "/org/gnome/Mutter/IdleMonitor/Core",
+          "org.gnome.Mutter.IdleMonitor", 301000);
+    EXPECT_DOUBLE_EQ(idle(), 301.0);
+}
+
+// Mutter never answers; the freedesktop service does, once Mutter's bounded wait is over.
+TEST_F(PrivateBus, AHungServiceCostsOneBoundedWait)
+{
+    serve("mutter", "org.gnome.Mutter.IdleMonitor", "/org/gnome/Mutter/IdleMonitor/Core",
+          "org.gnome.Mutter.IdleMonitor", 9000, true);
+    serve("screensaver", "org.freedesktop.ScreenSaver", "/org/freedesktop/ScreenSaver", "org.freedesktop.ScreenSaver",
+          7000);
+    EXPECT_DOUBLE_EQ(idle(), 7.0);
+}
