@@ -10,11 +10,4 @@ public:
     virtual void restart() = 0;
 };
 
-// The program's stand-in until the screen-saver watcher exists: the screen-saver watcher
-// replaces it, and the panels reach whichever is there through IdleWatching.
-class NoIdleWatcher final : public IdleWatching {
-public:
-    void restart() override {}
-};
-
 } // namespace tb

@@ -25,6 +25,7 @@
 #include "media/PictureClient.h"
 #include "media/Queue.h"
 #include "media/QueueEditing.h"
+#include "modes/IdleWatching.h"
 #include "playback/SessionControl.h"
 #include "playback/SlideshowManager.h"
 
@@ -458,6 +459,7 @@ void ContentView::showEvent(QShowEvent* event)
     logInfo(QStringLiteral("Initializing view"));
     services.commands.subscribe(this,
                                 [this](Command command, const QVariantMap& userInfo) { handle(command, userInfo); });
+    services.idleWatcher.restart();
 }
 
 void ContentView::handle(Command command, const QVariantMap& userInfo)

@@ -52,7 +52,12 @@ TallowbrookApp::TallowbrookApp()
     });
 }
 
-TallowbrookApp::~TallowbrookApp() = default;
+TallowbrookApp::~TallowbrookApp()
+{
+    // A second launch has no watcher running and must not write to the program's log.
+    if (running)
+        idleWatcher.stop();
+}
 
 bool TallowbrookApp::start(const QStringList& arguments)
 {
@@ -75,6 +80,7 @@ bool TallowbrookApp::start(const QStringList& arguments)
     window->show();
     delegate.applicationDidFinishLaunching();
 
+    running = true;
     instance.listen();
     QObject::connect(&instance, &SingleInstance::filesRequested, &delegate, [this](const QStringList& files) {
         QList<QUrl> requested;

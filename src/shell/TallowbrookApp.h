@@ -15,7 +15,8 @@
 #include "media/PictureService.h"
 #include "media/SharedThumbnails.h"
 #include "modes/DisplayManager.h"
-#include "modes/IdleWatching.h"
+#include "modes/IdleWatcher.h"
+#include "platform/DBusIdleTimeSource.h"
 #include "platform/DBusSleepInhibitor.h"
 #include "platform/LinuxFileRevealer.h"
 #include "platform/LinuxFileSystems.h"
@@ -61,7 +62,10 @@ private:
     std::unique_ptr<PictureService> pictures;
     DBusSleepInhibitor sleepInhibitor;
     DisplayManager displays;
-    NoIdleWatcher idleWatcher; // until the screen-saver watcher takes its place
+    DBusIdleTimeSource idleTime;
+    // Started by each main window as it appears and by the settings panel; stopped at the end.
+    IdleWatcher idleWatcher{scheduler, settings, idleTime, [this] { commands.post(Command::idleThresholdReached); }};
+    bool running = false; // this process is the program, not a second launch handing over
     AppDelegate delegate;
     AppServices appServices;
     SingleInstance instance;
