@@ -176,31 +176,61 @@ std::variant<SlideshowDocument, QString> SlideshowLoadService::read(const QStrin
     return std::move(std::get<SlideshowDocument>(loaded));
 }
 
+namespace {
+
+// What differs between restoring pictures and restoring sound.
+struct RestoreKind {
+    const char* plural;   // "images"
+    const char* singular; // "image"
+    const Wording& wording;
+    const char* notRestored;
+};
+
+// Looks for each saved item in document order, logging every step; `make` builds the item from
+// the file found.
+template <typename Saved, typename Item, typename Make>
+Restored<Item, Saved> restoreAll(const QList<Saved>& saved, const RestoreKind& kind,
+                                 const std::optional<QString>& baseFolder, BookmarkResolver& resolver, Make make)
+{
+    Restored<Item, Saved> result;
+    const qsizetype count = saved.size();
+    logInfo(QStringLiteral("Starting to restore %1 %2").arg(count).arg(QLatin1String(kind.plural)));
+    for (qsizetype i = 0; i < count; ++i) {
+        const Saved& entry = saved[i];
+        logInfo(QStringLiteral("Processing %1 %2/%3: %4")
+                    .arg(QLatin1String(kind.singular))
+                    .arg(i + 1)
+                    .arg(count)
+                    .arg(entry.filename));
+        logInfo(QStringLiteral("Original path: ") + entry.originalPath);
+        logInfo(QStringLiteral("Has bookmark data: ") + yesNo(entry.bookmarkData.has_value()));
+        const auto found = findFile(kind.wording, entry.filename, entry.originalPath, entry.relativePath,
+                                    entry.bookmarkData, baseFolder, resolver);
+        if (!found) {
+            result.missing.append(entry);
+            logWarning(text(kind.notRestored) + entry.filename);
+            continue;
+        }
+        result.items.append(make(entry, *found));
+        logInfo(QStringLiteral("✅ Successfully restored: ") + entry.filename);
+    }
+    logInfo(QStringLiteral("Restored %1/%2 %3").arg(result.items.size()).arg(count).arg(QLatin1String(kind.plural)));
+    return result;
+}
+
+} // namespace
+
 RestoredImages SlideshowLoadService::restoreImages(const SlideshowDocument& document,
                                                    const std::optional<QString>& baseFolder, BookmarkResolver& resolver)
 {
-    RestoredImages result;
-    const qsizetype count = document.images.size();
-    logInfo(QStringLiteral("Starting to restore %1 images").arg(count));
-    for (qsizetype i = 0; i < count; ++i) {
-        const SavedImageInfo& saved = document.images[i];
-        logInfo(QStringLiteral("Processing image %1/%2: %3").arg(i + 1).arg(count).arg(saved.filename));
-        logInfo(QStringLiteral("Original path: ") + saved.originalPath);
-        logInfo(QStringLiteral("Has bookmark data: ") + yesNo(saved.bookmarkData.has_value()));
-        const auto found = findFile(imageWording, saved.filename, saved.originalPath, saved.relativePath,
-                                    saved.bookmarkData, baseFolder, resolver);
-        if (!found) {
-            result.missing.append(saved);
-            logWarning(QStringLiteral("❌ Failed to restore: ") + saved.filename);
-            continue;
-        }
-        // A fresh id; the name is the document's, so a file renamed since keeps the name it had.
-        result.items.append(IdentifiableImage(QUuid::createUuid(), QUrl::fromLocalFile(*found), saved.filename,
-                                              folderOf(*found), saved.creationDate, saved.isGIF,
-                                              saved.isVideo.value_or(false), saved.videoDuration));
-        logInfo(QStringLiteral("✅ Successfully restored: ") + saved.filename);
-    }
-    logInfo(QStringLiteral("Restored %1/%2 images").arg(result.items.size()).arg(count));
+    RestoredImages result = restoreAll<SavedImageInfo, IdentifiableImage>(
+        document.images, {"images", "image", imageWording, "❌ Failed to restore: "}, baseFolder, resolver,
+        [](const SavedImageInfo& saved, const QString& path) {
+            // A fresh id; the name is the document's, so a file renamed since keeps the name it had.
+            return IdentifiableImage(QUuid::createUuid(), QUrl::fromLocalFile(path), saved.filename, folderOf(path),
+                                     saved.creationDate, saved.isGIF, saved.isVideo.value_or(false),
+                                     saved.videoDuration);
+        });
     logInfo(QStringLiteral("Missing files: ") + listText(result.missingNames()));
     return result;
 }
@@ -209,28 +239,13 @@ RestoredTracks SlideshowLoadService::restoreAudioTracks(const SlideshowDocument&
                                                         const std::optional<QString>& baseFolder,
                                                         BookmarkResolver& resolver)
 {
-    RestoredTracks result;
-    const qsizetype count = document.audioTracks.size();
-    logInfo(QStringLiteral("Starting to restore %1 audio tracks").arg(count));
-    for (qsizetype i = 0; i < count; ++i) {
-        const SavedAudioTrack& saved = document.audioTracks[i];
-        logInfo(QStringLiteral("Processing audio track %1/%2: %3").arg(i + 1).arg(count).arg(saved.filename));
-        logInfo(QStringLiteral("Original path: ") + saved.originalPath);
-        logInfo(QStringLiteral("Has bookmark data: ") + yesNo(saved.bookmarkData.has_value()));
-        const auto found = findFile(trackWording, saved.filename, saved.originalPath, saved.relativePath,
-                                    saved.bookmarkData, baseFolder, resolver);
-        if (!found) {
-            result.missing.append(saved);
-            logWarning(QStringLiteral("Could not restore audio track: ") + saved.filename);
-            continue;
-        }
-        AudioTrack track = AudioTrack::fromFile(QUrl::fromLocalFile(*found), saved.duration);
-        track.filename = saved.filename;
-        result.items.append(track);
-        logInfo(QStringLiteral("✅ Successfully restored: ") + saved.filename);
-    }
-    logInfo(QStringLiteral("Restored %1/%2 audio tracks").arg(result.items.size()).arg(count));
-    return result;
+    return restoreAll<SavedAudioTrack, AudioTrack>(
+        document.audioTracks, {"audio tracks", "audio track", trackWording, "Could not restore audio track: "},
+        baseFolder, resolver, [](const SavedAudioTrack& saved, const QString& path) {
+            AudioTrack track = AudioTrack::fromFile(QUrl::fromLocalFile(path), saved.duration);
+            track.filename = saved.filename;
+            return track;
+        });
 }
 
 } // namespace tb
