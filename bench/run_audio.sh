@@ -4,12 +4,9 @@
 # Usage: bench/run_audio.sh   (makes the MP3 in $CORPUS_DIR when it is missing)
 set -euo pipefail
 cd "$(dirname "$0")/.."
-corpus=${CORPUS_DIR:-/tmp/tallowbrook-corpus}
-maker=${BENCH_TREE_SCRIPT:-../shared/bench/make_tree_audio.sh}
-[ -f "$corpus/audio/track60.mp3" ] || CORPUS_DIR="$corpus" bash "$maker" >/dev/null
-cmake -S . -B build-bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DTALLOWBROOK_BUILD_TESTS=OFF \
-  -DTALLOWBROOK_BUILD_BENCHMARKS=ON >/dev/null
-cmake --build build-bench --target audio_bench >/dev/null
+source bench/bench_lib.sh
+needTreeAndAudio audio/track60.mp3
+buildBench audio_bench
 
 copies=$(mktemp -d)
 trap 'rm -rf "$copies"' EXIT

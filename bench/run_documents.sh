@@ -5,12 +5,9 @@
 # Usage: bench/run_documents.sh   (makes the tree in $CORPUS_DIR when it is missing)
 set -euo pipefail
 cd "$(dirname "$0")/.."
-corpus=${CORPUS_DIR:-/tmp/tallowbrook-corpus}
-maker=${BENCH_TREE_SCRIPT:-../shared/bench/make_tree_audio.sh}
-[ -d "$corpus/tree" ] || CORPUS_DIR="$corpus" bash "$maker" >/dev/null
-cmake -S . -B build-bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DTALLOWBROOK_BUILD_TESTS=OFF \
-  -DTALLOWBROOK_BUILD_BENCHMARKS=ON >/dev/null
-cmake --build build-bench --target document_bench >/dev/null
+source bench/bench_lib.sh
+needTreeAndAudio tree
+buildBench document_bench
 
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT

@@ -9,11 +9,9 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 items=${1:-2000}
 speed=${2:-4000}
-corpus=${CORPUS_DIR:-/tmp/tallowbrook-corpus}
+source bench/bench_lib.sh
 [ -n "$(ls "$corpus"/big/*.jpg 2>/dev/null)" ] || bash bench/run_thumbnails.sh 20 >/dev/null
-cmake -S . -B build-bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DTALLOWBROOK_BUILD_TESTS=OFF \
-  -DTALLOWBROOK_BUILD_BENCHMARKS=ON >/dev/null
-cmake --build build-bench --target grid_bench >/dev/null
+buildBench grid_bench
 
 grid="$corpus/grid"
 if [ "$(ls "$grid" 2>/dev/null | wc -l)" != "$items" ]; then

@@ -8,11 +8,9 @@
 # the corpus)
 set -euo pipefail
 cd "$(dirname "$0")/.."
-corpus=${CORPUS_DIR:-/tmp/tallowbrook-corpus}
+source bench/bench_lib.sh
 ticks=${1:-500}
-cmake -S . -B build-bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DTALLOWBROOK_BUILD_TESTS=OFF \
-  -DTALLOWBROOK_BUILD_BENCHMARKS=ON >/dev/null
-cmake --build build-bench --target gridplayer_bench >/dev/null
+buildBench gridplayer_bench
 
 links=$(mktemp -d)
 trap 'rm -rf "$links"' EXIT

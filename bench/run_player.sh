@@ -9,10 +9,8 @@
 # "memory" runs the memory cases alone)
 set -euo pipefail
 cd "$(dirname "$0")/.."
-corpus=${CORPUS_DIR:-/tmp/tallowbrook-corpus}
-cmake -S . -B build-bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DTALLOWBROOK_BUILD_TESTS=OFF \
-  -DTALLOWBROOK_BUILD_BENCHMARKS=ON >/dev/null
-cmake --build build-bench --target player_bench >/dev/null
+source bench/bench_lib.sh
+buildBench player_bench
 bench=build-bench/bench/player_bench
 display() { QT_QPA_PLATFORM=xcb xvfb-run -a -s "-screen 0 1920x1080x24" "$@"; }
 

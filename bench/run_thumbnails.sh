@@ -5,7 +5,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 count=${1:-20}
-corpus=${CORPUS_DIR:-/tmp/tallowbrook-corpus}
+source bench/bench_lib.sh
 maker=${BENCH_CORPUS_SCRIPT:-../shared/bench/make_corpus.py}
 
 SUDO=""; [ "$(id -u)" -ne 0 ] && SUDO=sudo
@@ -21,9 +21,7 @@ if [ ! -f "${files[-1]}" ]; then
   CORPUS_DIR="$corpus" /usr/bin/python3 "$maker" big 1 "$count"
 fi
 
-cmake -S . -B build-bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DTALLOWBROOK_BUILD_TESTS=OFF \
-  -DTALLOWBROOK_BUILD_BENCHMARKS=ON >/dev/null
-cmake --build build-bench --target thumbnail_bench >/dev/null
+buildBench thumbnail_bench
 
 # Warm the page cache so both read the files from memory.
 cat "${files[@]}" >/dev/null
