@@ -4,6 +4,8 @@
 #include "core/Logger.h"
 #include "core/RandomSource.h"
 
+#include <QSet>
+
 #include <numeric>
 
 namespace tb {
@@ -162,6 +164,43 @@ OrderStep PlayOrder::afterArrow(int count, bool loop, ViewHistory& history)
     else
         ++index;
     return OrderStep::moved;
+}
+
+// Live mode.
+
+void PlayOrder::fitToChangedQueue(int count, const std::function<QUuid(int)>& idAt, bool insertNext)
+{
+    QSet<QUuid> known;
+    for (int entry : permutation)
+        if (entry >= 0 && entry < count)
+            known.insert(idAt(entry));
+    QList<int> fresh;
+    for (int i = 0; i < count; ++i)
+        if (!known.contains(idAt(i)))
+            fresh.append(i);
+    if (!fresh.isEmpty()) {
+        if (insertNext) {
+            const qsizetype at = std::min<qsizetype>(permutation.size(), qsizetype(shuffledPosition) + 1);
+            permutation = permutation.first(at) + fresh + permutation.sliced(at);
+        } else {
+            random.shuffle(fresh);
+            permutation.append(fresh);
+        }
+    }
+    permutation.removeIf([count](int entry) { return entry >= count; });
+
+    // The item at the present index keeps the screen when the order still holds that index; its
+    // first place in the order becomes the position.
+    if (index >= 0 && index < count) {
+        if (const qsizetype at = permutation.indexOf(index); at >= 0) {
+            shuffledPosition = int(at);
+            return;
+        }
+    }
+    if (shuffledPosition >= permutation.size())
+        shuffledPosition = permutation.isEmpty() ? 0 : int(permutation.size()) - 1;
+    if (shuffledPosition < permutation.size())
+        index = permutation[shuffledPosition];
 }
 
 } // namespace tb

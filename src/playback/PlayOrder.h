@@ -1,7 +1,9 @@
 #pragma once
 
 #include <QList>
+#include <QUuid>
 
+#include <functional>
 #include <optional>
 
 namespace tb {
@@ -44,6 +46,16 @@ public:
     // Takes an index the history names. Shuffled: false, and nothing moves, when the index is
     // not in the order.
     bool jumpTo(int index);
+
+    // Live mode changed the queue under a plain order: the index is set as it is.
+    void setCurrent(int value) { index = value; }
+    // Live mode changed the queue under a shuffled order (`idAt` names the item at an index of
+    // the changed queue): the indices of items the order does not know yet join it, right after
+    // the present position (`insertNext`) or shuffled at its end; entries past the queue go; and
+    // the item on screen keeps its place when it is still in the order. Only the range is
+    // repaired: after removals an entry may name another item than before, and some items may
+    // stand twice while others are missing, until the next re-shuffle.
+    void fitToChangedQueue(int count, const std::function<QUuid(int)>& idAt, bool insertNext);
 
     bool isShuffled() const { return shuffled; }
     int current() const { return index; }

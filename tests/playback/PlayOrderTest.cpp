@@ -144,3 +144,57 @@ TEST(PreloadPolicy, RefillsAtTheTenthsAndTheWraps)
     EXPECT_TRUE(refill.clear);
     EXPECT_EQ(refill.preload, shuffled.shuffledIndices());
 }
+
+namespace {
+// Every shuffle leaves its list as it is: all ones make Fisher–Yates swap each item with itself.
+struct NoShuffle final : RandomSource {
+    std::uint64_t next64() override { return ~std::uint64_t(0); }
+};
+
+struct ChangedQueue {
+    const char* what;
+    QStringList items; // the queue after live mode changed it, by name
+    bool insertNext;
+    int jumpTo; // the index on screen before the change
+    QList<int> order;
+    int position;
+    int current;
+};
+} // namespace
+
+// The order [3, 1, 2, 0, 4] of the queue a0…a4, fitted to what live mode made of the queue.
+TEST(PlayOrder, FitsAShuffledOrderToAChangedQueue)
+{
+    const QStringList names{"a0", "a1", "n0", "n1", "a2", "a3", "a4"};
+    const ChangedQueue rows[] = {
+        // The player put n0 and n1 right after a1. The order's indices now name other items:
+        // a3 and a4 look new and come next, and n1 (index 3, taken for a2) is never played.
+        {"two new ones next", {"a0", "a1", "n0", "n1", "a2", "a3", "a4"}, true, 1, {3, 1, 5, 6, 2, 0, 4}, 1, 1},
+        {"two new ones at the end (no shuffle)",
+         {"a0", "a1", "a2", "a3", "a4", "n0", "n1"},
+         false,
+         1,
+         {3, 1, 2, 0, 4, 5, 6},
+         1,
+         1},
+        {"a1 and a3 gone, a0 on screen", {"a0", "a2", "a4"}, false, 0, {1, 2, 0}, 2, 0},
+        {"the item on screen gone past the end", {"a0", "a1", "a2"}, false, 4, {1, 2, 0}, 2, 0},
+        {"everything gone", {}, false, 2, {}, 0, 2},
+    };
+    for (const ChangedQueue& row : rows) {
+        NoShuffle random;
+        PlayOrder order(true, random);
+        order.begin(5, 3);
+        ASSERT_EQ(order.shuffledIndices(), (QList<int>{3, 1, 2, 0, 4}));
+        order.jumpTo(row.jumpTo);
+        QHash<QString, QUuid> ids;
+        for (const QString& name : names)
+            ids.insert(name, QUuid::createUuid());
+        order.fitToChangedQueue(
+            int(row.items.size()), [&](int index) { return ids.value(row.items.at(index)); }, row.insertNext);
+        EXPECT_EQ(order.shuffledIndices(), row.order) << row.what;
+        EXPECT_EQ(order.shuffledIndex(), row.position) << row.what;
+        EXPECT_EQ(order.current(), row.current) << row.what;
+        EXPECT_EQ(order.isValid(), !row.items.isEmpty()) << row.what;
+    }
+}
