@@ -20,6 +20,15 @@ const QStringList& sortOptions()
     return options;
 }
 
+QCollator fileNameCollator()
+{
+    // The C locale has no collation rules (no numeric mode either): compare as English then.
+    QCollator collator(QLocale().language() == QLocale::C ? QLocale(QLocale::English) : QLocale());
+    collator.setNumericMode(true);
+    collator.setCaseSensitivity(Qt::CaseInsensitive);
+    return collator;
+}
+
 void sortImages(QList<IdentifiableImage>& images, const QString& option)
 {
     const int which = int(sortOptions().indexOf(option));
@@ -33,11 +42,7 @@ void sortImages(QList<IdentifiableImage>& images, const QString& option)
         QCollatorSortKey name;
         qint64 created;
     };
-    // The C locale has no collation rules (no numeric mode either): compare as English then.
-    const QLocale locale = QLocale().language() == QLocale::C ? QLocale(QLocale::English) : QLocale();
-    QCollator collator(locale);
-    collator.setNumericMode(true);
-    collator.setCaseSensitivity(Qt::CaseInsensitive);
+    const QCollator collator = fileNameCollator();
     const bool byName = which >= 3;
     std::vector<Keyed> keyed;
     keyed.reserve(size_t(images.size()));

@@ -3,6 +3,7 @@
 #include "IdentifiableImage.h"
 #include "Queue.h"
 
+#include <QCollator>
 #include <QList>
 #include <QStringList>
 
@@ -10,6 +11,10 @@ namespace tb {
 
 // The sort picker's entries, "-" (leave the order) first.
 const QStringList& sortOptions();
+
+// The file browser's order of names: digits compare as numbers (Image9 before Image10) and case
+// is ignored. Not to be shared between threads.
+QCollator fileNameCollator();
 
 // Sorts the whole queue, stably, by the picker's option: file names by the full path in the
 // file browser's order (digits compare as numbers, so Image9 comes before Image10, and items of

@@ -57,6 +57,13 @@ void SessionControl::buildShuffleOrder()
     shuffledIndex = 0;
 }
 
+void SessionControl::setLiveModeReports(std::function<void(const QList<IdentifiableImage>&)> added,
+                                        std::function<void(int)> removed)
+{
+    onNewImagesAdded = std::move(added);
+    onImagesRemoved = std::move(removed);
+}
+
 void SessionControl::startSlideshow(bool screensaverMode)
 {
     SettingsStore& settings = services.settings;
@@ -86,6 +93,8 @@ void SessionControl::startSlideshow(bool screensaverMode)
     c.imageScalingMode = imageScalingModeFromRaw(settings.value(Settings::imageScalingMode));
     c.startingImageId = queue->startingImageId();
     c.screensaverMode = screensaverMode;
+    c.onNewImagesAdded = onNewImagesAdded;
+    c.onImagesRemoved = onImagesRemoved;
 
     services.analytics.recordEvent(QStringLiteral("slideshowStarted"),
                                    slideshowStartedSegmentation(int(queue->size()), c.slideshowDelay, c.loopSlideshow,

@@ -4,6 +4,7 @@
 
 #include <QList>
 
+#include <functional>
 #include <memory>
 
 namespace tb {
@@ -39,6 +40,10 @@ public:
     void screensaverStart();
     void startSlideshow(bool screensaverMode);
 
+    // What a show started from here tells the main window when live mode changes the queue.
+    void setLiveModeReports(std::function<void(const QList<IdentifiableImage>&)> added,
+                            std::function<void(int)> removed);
+
     // The main window's own shuffle order. Players build their own; this one is kept, and not
     // rebuilt by a second start, as it always has been.
     const QList<int>& shuffledIndices() const { return shuffled; }
@@ -50,6 +55,8 @@ private:
     Services services;
     QList<int> shuffled;
     int shuffledIndex = 0;
+    std::function<void(const QList<IdentifiableImage>&)> onNewImagesAdded;
+    std::function<void(int)> onImagesRemoved;
 };
 
 } // namespace tb

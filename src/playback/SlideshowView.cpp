@@ -8,11 +8,13 @@
 #include "core/FileRevealer.h"
 #include "core/Logger.h"
 #include "core/SettingsStore.h"
+#include "media/LiveFolder.h"
 #include "media/MetadataService.h"
 #include "media/PictureCaches.h"
 #include "media/Queue.h"
 
 #include <QCursor>
+#include <QDir>
 
 #include <cmath>
 
@@ -36,6 +38,10 @@ SlideshowView::SlideshowView(std::shared_ptr<Queue> queue, SlideshowConfiguratio
       indicators(services.scheduler, [this] { Q_EMIT indicatorsChanged(); })
 {
     connect(&services.manager, &SlideshowManager::isSlideshowRunningChanged, this, &SlideshowView::onRunningChanged);
+    folderMonitor = std::make_unique<LiveFolder>(
+        *this->queue, services.scheduler, services.folderWatchers,
+        LiveFolder::Hooks{[this](const QList<IdentifiableImage>& items) { addLiveItems(items); },
+                          [this](const QSet<QString>& paths) { removeLiveItems(paths); }});
     // What the window shows is known before it loads, so its first frame is already right.
     background = services.settings.loadColor(Settings::backgroundColorData, Qt::black);
     muted = services.settings.value(Settings::muteVideoAudio);
@@ -77,6 +83,9 @@ void SlideshowView::onAppear()
 {
     logInfo(QStringLiteral("[Slideshow] View appeared"));
     sleepPreventer.preventSleep();
+    followLiveMode();
+    connect(&services.manager, &SlideshowManager::isLiveModeActiveChanged, this, &SlideshowView::followLiveMode);
+    connect(&services.manager, &SlideshowManager::watchedFolderChanged, this, &SlideshowView::followLiveMode);
 
     if (services.manager.isSlideshowRunning()) {
         std::optional<int> startAt;
@@ -347,10 +356,27 @@ void SlideshowView::onVideoEnded()
     goForwardByArrow();
 }
 
+SlideshowView::OnScreen SlideshowView::onScreen() const
+{
+    const IdentifiableImage* item = itemAt(order.current());
+    return {order.current(), item ? item->id() : QUuid()};
+}
+
 void SlideshowView::showIfMoved(int before)
 {
-    if (order.current() == before)
-        return;
+    if (order.current() != before)
+        showNewCurrent();
+}
+
+void SlideshowView::showIfChanged(const OnScreen& before)
+{
+    const OnScreen now = onScreen();
+    if (now.index != before.index || now.id != before.id)
+        showNewCurrent();
+}
+
+void SlideshowView::showNewCurrent()
+{
     countdown.start();
     showCurrent();
     rebuildInfo();
@@ -424,6 +450,8 @@ void SlideshowView::cleanup()
     services.caches.clearVideoThumbnails();
     sleepPreventer.allowSleep();
     ScreensaverEventMonitor::dispose(screensaverEventMonitor);
+    if (folderMonitor->watchedFolder())
+        folderMonitor->stopWatching();
 }
 
 void SlideshowView::onDisappear()
@@ -432,6 +460,82 @@ void SlideshowView::onDisappear()
     sleepPreventer.allowSleep();
     countdown.stop();
     stopAudioIfPlaying();
+}
+
+// Live mode
+
+// Watches while live mode is on with a folder; a new folder while it stays on is watched instead
+// of the old one.
+void SlideshowView::followLiveMode()
+{
+    if (hasStopped)
+        return;
+    const std::optional<QUrl>& folder = services.manager.watchedFolder();
+    if (services.manager.isLiveModeActive() && folder) {
+        if (folderMonitor->watchedFolder() != folder)
+            folderMonitor->startWatching(*folder);
+    } else if (folderMonitor->watchedFolder()) {
+        folderMonitor->stopWatching();
+    }
+}
+
+bool SlideshowView::newPhotosGoNext() const
+{
+    return services.settings.value(Settings::liveModeNewPhotosBehavior) == QLatin1String("next");
+}
+
+void SlideshowView::fitShuffledOrder()
+{
+    isLiveModeUpdate = true;
+    order.fitToChangedQueue(
+        count(), [this](int index) { return queue->at(index).id(); }, newPhotosGoNext());
+    isLiveModeUpdate = false;
+}
+
+void SlideshowView::addLiveItems(const QList<IdentifiableImage>& items)
+{
+    const OnScreen before = onScreen();
+    if (newPhotosGoNext())
+        queue->insert(std::min(count(), order.current() + 1), items);
+    else
+        queue->append(items);
+    if (config.onNewImagesAdded)
+        config.onNewImagesAdded(items);
+    if (config.randomOrder)
+        fitShuffledOrder();
+    // A show that had seen everything is opened again, so the next arrow goes on to the new items
+    // instead of ending it.
+    const int previous = count() - int(items.size());
+    if (history.viewed().size() >= previous && order.isValid())
+        history.restartViewed(order.current());
+    showIfChanged(before);
+    logInfo(QStringLiteral("Added %1 new images to the slideshow").arg(items.size()));
+}
+
+void SlideshowView::removeLiveItems(const QSet<QString>& paths)
+{
+    const OnScreen before = onScreen();
+    const int old = count();
+    queue->removeIf(
+        [&paths](const IdentifiableImage& item) { return paths.contains(QDir::cleanPath(item.filePath())); });
+    const int removed = old - count();
+    if (removed == 0)
+        return;
+    if (config.onImagesRemoved)
+        config.onImagesRemoved(removed);
+    // Indices are not renumbered, neither the one on screen nor the history's: only a range is
+    // repaired. A shuffled show that lost everything ends at its next step.
+    if (!config.randomOrder) {
+        if (order.current() >= count() && count() != 0)
+            order.setCurrent(count() - 1);
+        else if (count() == 0)
+            services.manager.setSlideshowRunning(false);
+    } else {
+        fitShuffledOrder();
+    }
+    logInfo(QStringLiteral("[Slideshow] Removed %1 images. Current index now: %2").arg(removed).arg(order.current()));
+    if (!hasStopped)
+        showIfChanged(before);
 }
 
 void SlideshowView::refill(const Refill& refill)

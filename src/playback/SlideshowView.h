@@ -27,6 +27,8 @@
 namespace tb {
 
 class FileRevealer;
+class FolderWatchers;
+class LiveFolder;
 class MetadataService;
 class PictureCaches;
 class Queue;
@@ -62,6 +64,7 @@ struct PlayerServices {
     SettingsStore& settings;
     FileRevealer& revealer;
     MetadataService& metadata;
+    FolderWatchers& folderWatchers;
 };
 
 // The single-photo player: which item is on screen, when the next comes, and how shuffle, loop,
@@ -69,7 +72,9 @@ struct PlayerServices {
 // order, the view history, the countdown, the slide presentation and the preload policy) to the
 // Scheduler, the keys and the one stop path; its window only shows this state and forwards
 // keys. Stopping is final: a new show is a new player. The queue is the main window's, shared,
-// so live mode can change it during the show and the show can outlive the window.
+// so live mode can change it during the show and the show can outlive the window: while live
+// mode is on, the player keeps the queue in step with the watched folder and fits its order,
+// history and screen to each change.
 class SlideshowView final : public ShowPlayer {
     Q_OBJECT
     Q_PROPERTY(int currentIndex READ currentIndex NOTIFY currentIndexChanged)
@@ -146,6 +151,7 @@ public:
     int historyIndex() const { return history.position(); }
     const QSet<int>& allViewedImages() const { return history.viewed(); }
     TaskId pendingAdvance() const { return slideshowWorkItem; }
+    const LiveFolder& liveFolder() const { return *folderMonitor; }
 
 Q_SIGNALS:
     void currentIndexChanged();
@@ -172,8 +178,23 @@ private:
     bool follow(OrderStep step);
     void addToHistory();
 
+    // Live mode.
+    void followLiveMode();
+    void addLiveItems(const QList<IdentifiableImage>& items);
+    void removeLiveItems(const QSet<QString>& paths);
+    bool newPhotosGoNext() const;
+    void fitShuffledOrder();
+
+    // What is on screen, by index and by item: live mode can change the item at an index.
+    struct OnScreen {
+        int index;
+        QUuid id;
+    };
+    OnScreen onScreen() const;
     // After the order moved: a full countdown and the new item's slide.
     void showIfMoved(int before);
+    void showIfChanged(const OnScreen& before);
+    void showNewCurrent();
     void showCurrent();
     // The information box's text for the item on screen; read only while the box is shown.
     void rebuildInfo();
@@ -192,6 +213,9 @@ private:
     SleepPreventer sleepPreventer;
     // Only in screen-saver shows: the first input ends the show.
     std::unique_ptr<ScreensaverEventMonitor> screensaverEventMonitor;
+    // The watched folder, its debounce and its syncs.
+    std::unique_ptr<LiveFolder> folderMonitor;
+    bool isLiveModeUpdate = false; // while live mode fits the shuffled order
 
     QColor background = Qt::black;
     PlayOrder order;

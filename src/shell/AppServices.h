@@ -8,6 +8,7 @@ class CommandBus;
 class DisplayManager;
 class FileRevealer;
 class FileSystems;
+class FolderWatchers;
 class IdleWatching;
 class MetadataService;
 class PictureService;
@@ -39,6 +40,7 @@ struct AppServices {
     SleepInhibitor& sleepInhibitor;
     DisplayManager& displays;
     IdleWatching& idleWatcher;
+    FolderWatchers& folderWatchers;
 };
 
 } // namespace tb

@@ -41,6 +41,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
+#include <QPointer>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QScreen>
@@ -92,11 +93,27 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
     playerPresenter = std::make_unique<ScreenPlayerPresenter>(
         ScreenPlayerPresenter::Services{services.scheduler, services.random, services.slideshowManager, *audioManager,
                                         services.pictures, services.sleepInhibitor, services.settings,
-                                        services.displays, services.fileRevealer, services.metadata},
+                                        services.displays, services.fileRevealer, services.metadata,
+                                        services.folderWatchers},
         this);
     sessionControl = std::make_unique<SessionControl>(
         items, SessionControl::Services{services.settings, services.slideshowManager, *audioManager, services.analytics,
                                         services.random, services.dialogs, *playerPresenter});
+    // A show reports live mode's changes from inside its own work; the window takes them in
+    // afterwards, from the event loop, and not at all once it is gone.
+    QPointer<ContentView> self = this;
+    sessionControl->setLiveModeReports(
+        [self](const QList<IdentifiableImage>& added) {
+            if (self)
+                QMetaObject::invokeMethod(
+                    self, [self, count = int(added.size())] { self->imagesAddedByLiveMode(count); },
+                    Qt::QueuedConnection);
+        },
+        [self](int removed) {
+            if (self)
+                QMetaObject::invokeMethod(
+                    self, [self, removed] { self->imagesRemovedFromFolder(removed); }, Qt::QueuedConnection);
+        });
     saveService = std::make_unique<SlideshowSaveService>(
         SlideshowSaveService::Services{services.settings, services.dialogs, services.analytics, services.fileRevealer});
 
@@ -369,12 +386,19 @@ void ContentView::confirmDeletion()
     showTotals();
 }
 
+void ContentView::imagesAddedByLiveMode(int count)
+{
+    fileIntake->setTotalPhotosAdded(fileIntake->totalPhotosAdded() + count);
+    fileIntake->thumbnailCheck();
+    if (isGridShown())
+        items->renewRefreshID();
+    showTotals();
+}
+
 void ContentView::imagesRemovedFromFolder(int count)
 {
     const std::optional<QUrl> folder = fileIntake->selectedFolderURL();
-    if (!folder)
-        return;
-    if (reconcileWithFolder(*items, folder->toLocalFile())) {
+    if (folder && reconcileWithFolder(*items, folder->toLocalFile())) {
         fileIntake->setTotalPhotosAdded(int(items->size()));
         showTotals();
         if (isGridShown())

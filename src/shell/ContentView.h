@@ -57,6 +57,9 @@ public:
     // While files are dragged over the window, the queue panel shows its drop highlight.
     bool isDraggingOver() const { return draggingOver; }
 
+    // A show's live mode put `count` new files in the queue: they count as added, may turn the
+    // thumbnails off, and make the grid take them in.
+    void imagesAddedByLiveMode(int count);
     // Live mode saw `count` files leave the watched folder: the queue keeps only what is still
     // there, when the last dialog chose that one folder, and a toast tells how many went.
     void imagesRemovedFromFolder(int count);

@@ -64,7 +64,7 @@ void ScreenPlayerPresenter::present(const ShowRequest& request, std::shared_ptr<
         player = new SlideshowView(std::move(queue), request.single,
                                    PlayerServices{services.scheduler, services.random, services.manager, services.audio,
                                                   *pictures, services.sleepInhibitor, services.settings,
-                                                  services.revealer, services.metadata});
+                                                  services.revealer, services.metadata, services.folderWatchers});
     }
     window = new PlayerWindow(player, std::move(pictures), pictureBacklog, services.settings, screen,
                               request.startInWindowedMode, request.floatOnTop);

@@ -12,6 +12,7 @@ namespace tb {
 
 class DisplayManager;
 class FileRevealer;
+class FolderWatchers;
 class MetadataService;
 class PictureService;
 class RandomSource;
@@ -37,6 +38,7 @@ public:
         DisplayManager& displays;
         FileRevealer& revealer;
         MetadataService& metadata;
+        FolderWatchers& folderWatchers;
     };
 
     ScreenPlayerPresenter(Services services, QWidget* mainWindow);

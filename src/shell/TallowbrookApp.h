@@ -21,6 +21,7 @@
 #include "platform/LinuxFileRevealer.h"
 #include "platform/LinuxFileSystems.h"
 #include "platform/LinuxProcessMemory.h"
+#include "platform/QtFolderWatchers.h"
 #include "playback/SlideshowManager.h"
 
 #include <QStringList>
@@ -57,6 +58,7 @@ private:
     SlideshowManager slideshowManager;
     QtAudioPlayers audioPlayers;
     LinuxFileSystems fileSystems;
+    QtFolderWatchers folderWatchers;
     LinuxProcessMemory processMemory;
     SharedThumbnails sharedThumbnails;
     std::unique_ptr<PictureService> pictures;

@@ -37,17 +37,23 @@ struct PlayerHarness : ShowDoubles {
     FakeInhibitor inhibitor;
     FakeRevealer revealer;
     MetadataService metadata;
+    FakeFolderWatchers folderWatchers;
     std::unique_ptr<SlideshowView> player;
 
     explicit PlayerHarness(std::uint64_t seed = 1) : ShowDoubles(seed) {}
 
     SlideshowView& start(int count, SlideshowConfiguration configuration, bool withWindow = true)
     {
-        queue->replaceAll(makeQueue(count));
+        return start(makeQueue(count), std::move(configuration), withWindow);
+    }
+
+    SlideshowView& start(QList<IdentifiableImage> items, SlideshowConfiguration configuration, bool withWindow = true)
+    {
+        queue->replaceAll(std::move(items));
         manager.setSlideshowRunning(true);
-        player = std::make_unique<SlideshowView>(
-            queue, std::move(configuration),
-            PlayerServices{scheduler, random, manager, audio, caches, inhibitor, settings, revealer, metadata});
+        player = std::make_unique<SlideshowView>(queue, std::move(configuration),
+                                                 PlayerServices{scheduler, random, manager, audio, caches, inhibitor,
+                                                                settings, revealer, metadata, folderWatchers});
         if (withWindow)
             player->setClosePlayer([this] { ++closes; });
         player->onAppear();

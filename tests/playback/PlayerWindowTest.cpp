@@ -33,6 +33,7 @@ struct PlayerWindowTest : testing::Test {
     FakeInhibitor inhibitor;
     FakeRevealer revealer;
     MetadataService metadata;
+    FakeFolderWatchers folderWatchers;
     SettingsStore settings{dir.filePath(QStringLiteral("settings.conf"))};
     std::shared_ptr<Queue> queue = std::make_shared<Queue>();
     QPointer<PlayerWindow> window;
@@ -83,9 +84,9 @@ struct PlayerWindowTest : testing::Test {
             queue->append({makeItem(file)});
         c.crossfadeDuration = 0.1;
         c.startingImageId = queue->at(start).id();
-        auto* player = new SlideshowView(
-            queue, c,
-            PlayerServices{scheduler, random, manager, audio, dummyCaches, inhibitor, settings, revealer, metadata});
+        auto* player = new SlideshowView(queue, c,
+                                         PlayerServices{scheduler, random, manager, audio, dummyCaches, inhibitor,
+                                                        settings, revealer, metadata, folderWatchers});
         open(player);
         return player;
     }

@@ -242,7 +242,7 @@ TEST(SlideshowView, AClipPlayedToItsEndArmsNoTimer)
     h.queue->append(makeQueue(1));
     SlideshowView p(h.queue, timed(false, false),
                     PlayerServices{h.scheduler, h.random, h.manager, h.audio, h.caches, h.inhibitor, h.settings,
-                                   h.revealer, h.metadata});
+                                   h.revealer, h.metadata, h.folderWatchers});
     p.onAppear();
     EXPECT_EQ(p.pendingAdvance(), 0u);
     h.settings.set(Settings::videoPlaybackMode, QStringLiteral("useDelay"));

@@ -1,11 +1,13 @@
 #include "ShellFixture.h"
 
+#include "media/FileIntake.h"
 #include "media/Queue.h"
 #include "playback/PlayerWindow.h"
 #include "playback/SessionControl.h"
 #include "shell/ScreenPlayerPresenter.h"
 #include "support/LogCapture.h"
 
+#include <QDir>
 #include <QGuiApplication>
 #include <QImage>
 #include <QPointer>
@@ -258,4 +260,41 @@ TEST_F(ShellFixture, ClosingAShowWhileALargePictureDecodes)
     EXPECT_FALSE(slideshowManager.isSlideshowRunning());
     EXPECT_TRUE(QTest::qWaitFor([&] { return player.isNull(); }, 30000));
     EXPECT_FALSE(pictures.pictures.isCached(url));
+}
+
+// Live mode's changes during a show reach the main window: new files count as added and the
+// grid takes them in; vanished ones are reported by a toast.
+TEST_F(ShellFixture, ALiveShowsChangesReachTheMainWindow)
+{
+    LogCapture log;
+    ContentView& window = openWindow();
+    const QString folder = dir.filePath(QStringLiteral("live"));
+    QDir().mkpath(folder);
+    const auto picture = [&folder](const QString& name) {
+        QImage image(32, 24, QImage::Format_RGB32);
+        image.fill(Qt::gray);
+        image.save(folder + QLatin1Char('/') + name);
+        return folder + QLatin1Char('/') + name;
+    };
+    for (const char* name : {"a.png", "b.png"})
+        window.queue().append({makeItem(QUrl::fromLocalFile(picture(QString::fromLatin1(name))))});
+    window.intake().setTotalPhotosAdded(2);
+    slideshowManager.setLiveModeActive(true);
+    slideshowManager.setWatchedFolder(QUrl::fromLocalFile(folder));
+    for (auto* button : window.findChildren<QPushButton*>())
+        if (button->text() == QStringLiteral("Start"))
+            button->click();
+    ASSERT_EQ(folderWatchers.watched, folder);
+    const QUuid refreshBefore = window.queue().refreshID();
+
+    picture(QStringLiteral("c.png"));
+    picture(QStringLiteral("d.png"));
+    QFile::remove(folder + QStringLiteral("/a.png"));
+    folderWatchers.change();
+    scheduler.advance(0.3);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return window.intake().totalPhotosAdded() == 4 && window.isToastShown(); }));
+    EXPECT_EQ(window.queue().size(), 3);
+    EXPECT_EQ(window.toastText(), QStringLiteral("1 photos removed"));
+    EXPECT_NE(window.queue().refreshID(), refreshBefore) << "the grid takes the new items in";
+    EXPECT_TRUE(log.contains(LogLevel::Info, QStringLiteral("Added 2 new images to the slideshow")));
 }

@@ -64,9 +64,10 @@ struct ShellFixture : ::testing::Test {
     DisplayManager displays;
     CountingIdleWatcher idleWatcher;
     FakeFileSystems fileSystems;
-    AppServices services{settings, scheduler, random,   analytics,  revealer,         fileSystems,
-                         dialogs,  commands,  metadata, updater,    slideshowManager, audioPlayers,
-                         pictures, inhibitor, displays, idleWatcher};
+    FakeFolderWatchers folderWatchers;
+    AppServices services{settings, scheduler, random,   analytics,   revealer,         fileSystems,
+                         dialogs,  commands,  metadata, updater,     slideshowManager, audioPlayers,
+                         pictures, inhibitor, displays, idleWatcher, folderWatchers};
     std::vector<std::unique_ptr<ContentView>> windows;
 
     // A window that has not appeared yet: it subscribes to commands when shown.

@@ -3,6 +3,7 @@
 #include "audio/SlideshowAudio.h"
 #include "core/FileRevealer.h"
 #include "core/FileSystems.h"
+#include "core/FolderWatchers.h"
 #include "core/RandomSource.h"
 #include "core/SleepInhibitor.h"
 #include "media/PictureCaches.h"
@@ -145,6 +146,38 @@ public:
         return false;
     }
     QStringList networkFolders;
+};
+
+// Watches that report only when the test says the folder changed.
+class FakeFolderWatchers final : public FolderWatchers {
+public:
+    std::unique_ptr<FolderWatch> watch(const QString& folder, std::function<void()> onChange) override
+    {
+        auto handle = std::make_unique<Handle>(*this);
+        watched = folder;
+        report = std::move(onChange);
+        return handle;
+    }
+    // A change in the watched folder, if a watch stands.
+    void change() const
+    {
+        if (report)
+            report();
+    }
+    bool isWatching() const { return bool(report); }
+    QString watched;
+
+private:
+    struct Handle final : FolderWatch {
+        explicit Handle(FakeFolderWatchers& owner) : owner(owner) {}
+        ~Handle() override
+        {
+            owner.report = nullptr;
+            owner.watched.clear();
+        }
+        FakeFolderWatchers& owner;
+    };
+    std::function<void()> report;
 };
 
 class SeededRandom final : public RandomSource {
