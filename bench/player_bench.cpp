@@ -19,6 +19,7 @@
 #include "media/PictureService.h"
 #include "media/Queue.h"
 #include "platform/LinuxProcessMemory.h"
+#include "platform/QtFolderWatchers.h"
 #include "playback/PictureProvider.h"
 #include "playback/PlayerWindow.h"
 #include "playback/SlideshowManager.h"
@@ -94,6 +95,7 @@ int main(int argc, char* argv[])
     NoHold hold;
     NoReveal revealer;
     tb::MetadataService metadata;
+    tb::QtFolderWatchers folderWatchers;
 
     auto queue = std::make_shared<tb::Queue>();
     QList<tb::IdentifiableImage> images;
@@ -112,7 +114,7 @@ int main(int argc, char* argv[])
     manager.setSlideshowRunning(true);
     queue->append(images);
     auto* player = new tb::SlideshowView(
-        queue, config, {scheduler, random, manager, audio, caches, hold, settings, revealer, metadata});
+        queue, config, {scheduler, random, manager, audio, caches, hold, settings, revealer, metadata, folderWatchers});
     // As the program makes it: the window deletes itself once the show has ended.
     QPointer<tb::PlayerWindow> shown =
         new tb::PlayerWindow(player, std::move(pictures), tb::PictureProvider::backlog, settings, screen, false, false);
