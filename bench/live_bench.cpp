@@ -4,6 +4,7 @@
 // 10 ms probe timer) from the first copy to the end.
 // Usage: live_bench <watched folder> <folder of files to copy in>
 // The watched folder's own files are the show's queue at the start.
+#include "QuietServices.h"
 #include "StallProbe.h"
 #include "audio/SlideshowAudio.h"
 #include "core/FileRevealer.h"
@@ -43,17 +44,6 @@ public:
     void play() override {}
     void pausePlayer() override {}
     void stopPlayer() override {}
-};
-
-class NoHold final : public tb::SleepInhibitor {
-public:
-    void inhibit(const QString&, Inhibited done) override { done(quint32(1)); }
-    void uninhibit(quint32, Released done) override { done(std::nullopt); }
-};
-
-class NoReveal final : public tb::FileRevealer {
-public:
-    void reveal(const QString&) override {}
 };
 
 QList<tb::IdentifiableImage> itemsOf(const QString& folder)
@@ -111,9 +101,9 @@ int main(int argc, char* argv[])
     manager.setLiveModeActive(true);
     manager.setWatchedFolder(QUrl::fromLocalFile(watched));
     manager.setSlideshowRunning(true);
-    tb::SlideshowView player(queue, config,
-                             {scheduler, random, manager, audio, showPictures, hold, settings, revealer, metadata,
-                              folderWatchers});
+    tb::SlideshowView player(
+        queue, config,
+        {scheduler, random, manager, audio, showPictures, hold, settings, revealer, metadata, folderWatchers});
 
     StallProbe probe;
     QElapsedTimer clock;

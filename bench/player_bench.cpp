@@ -5,6 +5,7 @@
 //                                              (400 presses at 25 a second), then after Escape
 //   player_bench advance <first> <second>      time from an advance to the new picture on screen
 // Run under a display (bench/run_player.sh starts Xvfb at 1920x1080).
+#include "QuietServices.h"
 #include "audio/AudioManager.h"
 #include "audio/QtAudioPlayers.h"
 #include "core/FileRevealer.h"
@@ -38,17 +39,6 @@
 #include <numeric>
 
 namespace {
-
-class NoHold final : public tb::SleepInhibitor {
-public:
-    void inhibit(const QString&, Inhibited done) override { done(quint32(1)); }
-    void uninhibit(quint32, Released done) override { done(std::nullopt); }
-};
-
-class NoReveal final : public tb::FileRevealer {
-public:
-    void reveal(const QString&) override {}
-};
 
 // Waits, running the event loop, until the condition holds or the time is up.
 bool waitFor(const std::function<bool()>& condition, int ms)
