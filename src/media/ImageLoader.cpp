@@ -20,13 +20,19 @@ QSize turnedSideways(const QImageReader& reader, QSize size)
     return size;
 }
 
+} // namespace
+
 QSize uprightSize(const QImageReader& reader)
 {
     const QSize stored = reader.size();
     return stored.isValid() ? turnedSideways(reader, stored) : stored;
 }
 
-} // namespace
+QImage readUpright(QImageReader& reader, const QSize& upright)
+{
+    reader.setAutoTransform(true);
+    return readScaled(reader, turnedSideways(reader, upright));
+}
 
 ImageLoader::ImageLoader(QSize maximumSize, const FileSystems* fileSystems)
     : maximumSize(maximumSize), fileSystems(fileSystems)

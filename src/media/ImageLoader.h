@@ -52,4 +52,11 @@ private:
 // scaled, since Qt's emulated scaled reads spoil some (1-bit PNGs come out as noise).
 QImage readScaled(QImageReader& reader, const QSize& size);
 
+// The picture's size once turned upright, from the file's header alone; invalid when the
+// header does not say.
+QSize uprightSize(const QImageReader& reader);
+// Reads a picture turned upright and scaled to `upright`; the reader turns it by what the file
+// records (its EXIF orientation, or the container's own rotation).
+QImage readUpright(QImageReader& reader, const QSize& upright);
+
 } // namespace tb

@@ -1,0 +1,158 @@
+#include "export/FrameKernels.h"
+#include "export/ImagePreparation.h"
+#include "export/KenBurns.h"
+#include "support/LogCapture.h"
+#include "support/PlaybackDoubles.h"
+
+#include <QPainter>
+#include <QTemporaryDir>
+
+#include <exiv2/exiv2.hpp>
+#include <gtest/gtest.h>
+
+using namespace tb;
+using namespace tb::test;
+
+namespace {
+
+QImage filled(QSize size, QColor colour)
+{
+    QImage image(size, QImage::Format_ARGB32_Premultiplied);
+    image.fill(colour);
+    return image;
+}
+
+IdentifiableImage itemFor(const QString& path) { return makeItem(QUrl::fromLocalFile(path)); }
+
+} // namespace
+
+TEST(FrameKernels, ABlendIsExactAtItsEndsAndMixesBetween)
+{
+    const QImage red = filled({64, 36}, Qt::red);
+    const QImage blue = filled({64, 36}, Qt::blue);
+    QImage out(red.size(), red.format());
+    FrameKernels::blend(red, blue, 0.0, out);
+    EXPECT_EQ(out, red);
+    FrameKernels::blend(red, blue, 1.0, out);
+    EXPECT_EQ(out, blue);
+    FrameKernels::blend(red, blue, 0.5, out);
+    const QColor middle = out.pixelColor(10, 10);
+    EXPECT_EQ(middle.red(), 127);
+    EXPECT_EQ(middle.blue(), 127);
+    EXPECT_EQ(middle.alpha(), 255);
+    QImage inPlace = red;
+    FrameKernels::blend(inPlace, blue, 0.25, inPlace);
+    EXPECT_EQ(inPlace.pixelColor(0, 0), QColor(191, 0, 63));
+}
+
+TEST(FrameKernels, AZoomKeepsTheCentreAndAMoveUpIsUp)
+{
+    // Grey, with a white 4x4 mark in the middle and a black column at the left edge.
+    QImage picture = filled({200, 100}, Qt::gray);
+    QPainter(&picture).fillRect(98, 48, 4, 4, Qt::white);
+    QPainter(&picture).fillRect(0, 0, 2, 100, Qt::black);
+    QImage out(picture.size(), picture.format());
+
+    FrameKernels::zoomAndShift(picture, 1.0, {}, out);
+    EXPECT_EQ(out, picture) << "no zoom and no move is a copy";
+
+    FrameKernels::zoomAndShift(picture, 1.1, {}, out);
+    EXPECT_EQ(out.pixelColor(99, 49), QColor(Qt::white)) << "the centre stays put";
+    EXPECT_EQ(out.pixelColor(100, 50), QColor(Qt::white));
+    EXPECT_EQ(out.pixelColor(0, 50), QColor(Qt::gray)) << "the edge moved out of the frame";
+
+    FrameKernels::zoomAndShift(picture, 1.0, {0.0, 10.0}, out);
+    EXPECT_EQ(out.pixelColor(99, 39), QColor(Qt::white)) << "positive y moves the picture up";
+    EXPECT_EQ(out.pixelColor(99, 49), QColor(Qt::gray));
+
+    // Far beyond the picture: the edge repeats, and nothing is read outside it.
+    FrameKernels::zoomAndShift(picture, 1.0, {-5000.0, 5000.0}, out);
+    EXPECT_EQ(out.pixelColor(0, 0), QColor(Qt::gray));
+}
+
+TEST(KenBurnsMotion, ProgressThroughAPicturesLife)
+{
+    EXPECT_DOUBLE_EQ(Motion::ease(0.0), 0.0);
+    EXPECT_DOUBLE_EQ(Motion::ease(0.5), 0.5);
+    EXPECT_DOUBLE_EQ(Motion::ease(std::nextafter(0.5, 0.0)), 0.5) << "both branches meet";
+    EXPECT_DOUBLE_EQ(Motion::ease(1.0), 1.0);
+    EXPECT_DOUBLE_EQ(Motion::ease(0.25), 0.0625);
+    EXPECT_DOUBLE_EQ(Motion::transitionTime(0, 24), 0.0);
+    EXPECT_DOUBLE_EQ(Motion::transitionTime(23, 24), 1.0);
+    EXPECT_DOUBLE_EQ(Motion::transitionTime(0, 1), 1.0);
+
+    // Delay 1 s with a 0.8 s transition: the second picture's solo runs 0.8 to 1, its way out
+    // 1 to 1.8; a picture alone only reaches solo / delay.
+    const double solo = std::max(1.0 - 0.8, 0.1);
+    const double start = Motion::startProgressAfterTransition(0.8, 1.0);
+    EXPECT_DOUBLE_EQ(start, 0.8);
+    EXPECT_DOUBLE_EQ(Motion::soloProgress(start, 0.0, solo, 1.0), 0.8);
+    EXPECT_DOUBLE_EQ(Motion::soloProgress(start, 1.0, solo, 1.0), 1.0);
+    EXPECT_NEAR(Motion::outgoingProgress(start, 0.0, 0.8, 1.0), 1.0, 1e-12);
+    EXPECT_NEAR(Motion::outgoingProgress(start, 1.0, 0.8, 1.0), 1.8, 1e-12);
+    EXPECT_DOUBLE_EQ(Motion::incomingProgress(1.0, 0.8, 1.0), 0.8);
+    EXPECT_NEAR(Motion::soloProgress(0.0, 1.0, solo, 1.0), 0.2, 1e-12);
+    EXPECT_LT(Motion::outgoingProgress(0.0, 0.0, 0.8, 0.5), 0.0) << "a short delay starts the way out behind";
+
+    const Motion::Zoom zoom = Motion::at({1.1, 20.0, -10.0}, 0.5);
+    EXPECT_DOUBLE_EQ(zoom.scale, 1.05);
+    EXPECT_EQ(zoom.shift, QPointF(10.0, -5.0));
+
+    SeededRandom random(9);
+    for (const KenBurnsTargetState& target : makeKenBurnsTargets(200, random)) {
+        EXPECT_GE(target.targetScale, 1.05);
+        EXPECT_LE(target.targetScale, 1.10);
+        EXPECT_LE(std::abs(target.targetOffsetX), 20.0);
+        EXPECT_LE(std::abs(target.targetOffsetY), 20.0);
+    }
+}
+
+TEST(ImagePreparation, PicturesAreFittedUprightOnTheBackground)
+{
+    QTemporaryDir dir;
+    LogCapture log;
+    const QColor green(0, 128, 0);
+
+    // A 4:3 photo in a 16:9 frame: bars of 240 px on both sides.
+    const QString wide = dir.filePath(QStringLiteral("wide.png"));
+    filled({400, 300}, Qt::red).save(wide);
+    const QSizeF wideSize = ImagePreparation::imageSize(itemFor(wide));
+    EXPECT_EQ(wideSize, QSizeF(400, 300));
+    const auto decoded = ImagePreparation::decodeFitted(itemFor(wide), wideSize, {1920, 1080});
+    ASSERT_TRUE(decoded);
+    EXPECT_EQ(decoded->size(), QSize(1440, 1080));
+    const QImage frame = ImagePreparation::scaledImage(*decoded, wideSize, {1920, 1080}, green);
+    EXPECT_EQ(frame.size(), QSize(1920, 1080));
+    EXPECT_EQ(frame.pixelColor(239, 540), green);
+    EXPECT_EQ(frame.pixelColor(240, 0), QColor(Qt::red));
+    EXPECT_EQ(frame.pixelColor(1679, 1079), QColor(Qt::red));
+    EXPECT_EQ(frame.pixelColor(1680, 540), green);
+
+    // A small picture is scaled up; transparency shows the background.
+    QImage clear = filled({100, 100}, Qt::transparent);
+    QPainter(&clear).fillRect(0, 0, 50, 100, Qt::blue);
+    const QImage up = ImagePreparation::scaledImage(clear, clear.size(), {1280, 720}, green);
+    EXPECT_EQ(up.pixelColor(280 + 10, 360), QColor(Qt::blue));
+    EXPECT_EQ(up.pixelColor(280 + 710, 360), green) << "through the transparent half";
+
+    // Stored 40x30 and turned by its EXIF orientation 6: it counts, and is decoded, as 30x40.
+    const QString turned = dir.filePath(QStringLiteral("turned.jpg"));
+    filled({40, 30}, Qt::blue).save(turned);
+    auto file = Exiv2::ImageFactory::open(turned.toStdString());
+    file->readMetadata();
+    file->exifData()["Exif.Image.Orientation"] = std::uint16_t(6);
+    file->writeMetadata();
+    const QSizeF upright = ImagePreparation::imageSize(itemFor(turned));
+    EXPECT_EQ(upright, QSizeF(30, 40));
+    EXPECT_EQ(ImagePreparation::decodeFitted(itemFor(turned), upright, {1920, 1080})->size(), QSize(810, 1080));
+
+    // An unreadable file: the size falls back with its two lines, and nothing decodes.
+    const QString broken = dir.filePath(QStringLiteral("broken.jpg"));
+    QFile(broken).open(QIODevice::WriteOnly);
+    EXPECT_EQ(ImagePreparation::imageSize(itemFor(broken)), QSizeF(1920, 1080));
+    EXPECT_TRUE(log.contains(LogLevel::Warning,
+                             QStringLiteral("Could not read image metadata for broken.jpg, trying NSImage fallback")));
+    EXPECT_TRUE(log.contains(LogLevel::Error, QStringLiteral("All image size detection methods failed for broken.jpg, "
+                                                             "using default 1920x1080")));
+    EXPECT_FALSE(ImagePreparation::decodeFitted(itemFor(broken), {1920, 1080}, {1920, 1080}));
+}
