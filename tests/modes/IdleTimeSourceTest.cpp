@@ -1,3 +1,4 @@
+#include "core/IdleTimeChain.h"
 #include "platform/DBusIdleTimeSource.h"
 
 #include <QDBusConnection>
@@ -82,6 +83,10 @@ struct PrivateBus : ::testing::Test {
     {
         return DBusIdleTimeSource(QDBusConnection::connectToBus(address, QStringLiteral("client"))).idleSeconds();
     }
+    std::optional<double> ask()
+    {
+        return DBusIdleTimeSource(QDBusConnection::connectToBus(address, QStringLiteral("client"))).ask();
+    }
 };
 
 } // namespace
@@ -105,4 +110,45 @@ TEST_F(PrivateBus, AHungServiceCostsOneBoundedWait)
     serve("screensaver", "org.freedesktop.ScreenSaver", "/org/freedesktop/ScreenSaver", "org.freedesktop.ScreenSaver",
           7000);
     EXPECT_DOUBLE_EQ(idle(), 7.0);
+}
+
+// Asked as a probe, a session without either service says it does not know, while a user who
+// has just been active is known to have been idle 0 s.
+TEST_F(PrivateBus, AsAProbeNoServiceMeansNoAnswer)
+{
+    EXPECT_EQ(ask(), std::nullopt);
+    serve("screensaver", "org.freedesktop.ScreenSaver", "/org/freedesktop/ScreenSaver", "org.freedesktop.ScreenSaver",
+          0);
+    EXPECT_EQ(ask(), std::optional<double>(0.0));
+}
+
+namespace {
+
+// Answers what the test sets (nothing = "don't know") and notes in `asked` that it was asked.
+struct ScriptedProbe final : IdleTimeProbe {
+    ScriptedProbe(char name, QString& asked) : name(name), asked(asked) {}
+    std::optional<double> ask() override
+    {
+        asked += QLatin1Char(name);
+        return answer;
+    }
+    char name;
+    QString& asked;
+    std::optional<double> answer;
+};
+
+} // namespace
+
+TEST(IdleTimeChain, TheFirstProbeThatKnowsAnswersAndTheRestAreNotAsked)
+{
+    QString asked;
+    ScriptedProbe desktop('d', asked), xServer('x', asked);
+    IdleTimeChain chain({&desktop, &xServer});
+    EXPECT_EQ(chain.idleSeconds(), 0.0) << "nobody knows";
+    xServer.answer = 75.0;
+    EXPECT_EQ(chain.idleSeconds(), 75.0);
+    // A desktop that has just seen input knows the idle time is 0: the X server is not asked.
+    desktop.answer = 0.0;
+    EXPECT_EQ(chain.idleSeconds(), 0.0);
+    EXPECT_EQ(asked, QStringLiteral("dxdxd")); // both, both, the desktop alone
 }
