@@ -6,6 +6,7 @@
 #include "QtUserDialogs.h"
 #include "SingleInstance.h"
 #include "audio/QtAudioPlayers.h"
+#include "core/IdleTimeChain.h"
 #include "core/QtScheduler.h"
 #include "core/RandomSource.h"
 #include "core/RecordingAnalytics.h"
@@ -21,6 +22,7 @@
 #include "platform/LinuxFileRevealer.h"
 #include "platform/LinuxFileSystems.h"
 #include "platform/LinuxProcessMemory.h"
+#include "platform/X11IdleTimeSource.h"
 #include "playback/SlideshowManager.h"
 
 #include <QStringList>
@@ -62,7 +64,10 @@ private:
     std::unique_ptr<PictureService> pictures;
     DBusSleepInhibitor sleepInhibitor;
     DisplayManager displays;
-    DBusIdleTimeSource idleTime;
+    DBusIdleTimeSource desktopIdleTime;
+    X11IdleTimeSource x11IdleTime;
+    // The desktop knows best (it sees Wayland input too); the X server is the fallback.
+    IdleTimeChain idleTime{{&desktopIdleTime, &x11IdleTime}};
     // Started by each main window as it appears and by the settings panel; stopped at the end.
     IdleWatcher idleWatcher{scheduler, settings, idleTime, [this] { commands.post(Command::idleThresholdReached); }};
     bool running = false; // this process is the program, not a second launch handing over
