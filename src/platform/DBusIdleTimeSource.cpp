@@ -2,14 +2,12 @@
 
 #include <QDBusMessage>
 
-#include <optional>
-
 namespace tb {
 
 namespace {
 
-std::optional<double> ask(const QDBusConnection& bus, const char* service, const char* path, const char* interface,
-                          const char* method, int timeoutMs)
+std::optional<double> askService(const QDBusConnection& bus, const char* service, const char* path,
+                                 const char* interface, const char* method, int timeoutMs)
 {
     const QDBusMessage call = QDBusMessage::createMethodCall(QLatin1String(service), QLatin1String(path),
                                                              QLatin1String(interface), QLatin1String(method));
@@ -27,18 +25,18 @@ DBusIdleTimeSource::DBusIdleTimeSource(QDBusConnection bus, int timeoutMs) : bus
 {
 }
 
-double DBusIdleTimeSource::idleSeconds()
+std::optional<double> DBusIdleTimeSource::ask()
 {
     if (!bus.isConnected())
-        return 0.0;
-    if (const auto idle = ask(bus, "org.gnome.Mutter.IdleMonitor", "/org/gnome/Mutter/IdleMonitor/Core",
-                              "org.gnome.Mutter.IdleMonitor", "GetIdletime", timeoutMs))
-        return *idle;
+        return std::nullopt;
+    if (const auto idle = askService(bus, "org.gnome.Mutter.IdleMonitor", "/org/gnome/Mutter/IdleMonitor/Core",
+                                     "org.gnome.Mutter.IdleMonitor", "GetIdletime", timeoutMs))
+        return idle;
     // The interface says seconds, but KDE, the desktop that answers it, counts milliseconds.
-    if (const auto idle = ask(bus, "org.freedesktop.ScreenSaver", "/org/freedesktop/ScreenSaver",
-                              "org.freedesktop.ScreenSaver", "GetSessionIdleTime", timeoutMs))
-        return *idle;
-    return 0.0;
+    if (const auto idle = askService(bus, "org.freedesktop.ScreenSaver", "/org/freedesktop/ScreenSaver",
+                                     "org.freedesktop.ScreenSaver", "GetSessionIdleTime", timeoutMs))
+        return idle;
+    return std::nullopt;
 }
 
 } // namespace tb

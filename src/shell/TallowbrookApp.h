@@ -6,6 +6,7 @@
 #include "QtUserDialogs.h"
 #include "SingleInstance.h"
 #include "audio/QtAudioPlayers.h"
+#include "core/IdleTimeChain.h"
 #include "core/QtScheduler.h"
 #include "core/RandomSource.h"
 #include "core/RecordingAnalytics.h"
@@ -22,6 +23,7 @@
 #include "platform/LinuxFileSystems.h"
 #include "platform/LinuxProcessMemory.h"
 #include "platform/QtFolderWatchers.h"
+#include "platform/X11IdleTimeSource.h"
 #include "playback/SlideshowManager.h"
 
 #include <QStringList>
@@ -64,7 +66,10 @@ private:
     std::unique_ptr<PictureService> pictures;
     DBusSleepInhibitor sleepInhibitor;
     DisplayManager displays;
-    DBusIdleTimeSource idleTime;
+    DBusIdleTimeSource desktopIdleTime;
+    X11IdleTimeSource x11IdleTime;
+    // The desktop knows best (it sees Wayland input too); the X server is the fallback.
+    IdleTimeChain idleTime{{&desktopIdleTime, &x11IdleTime}};
     // Started by each main window as it appears and by the settings panel; stopped at the end.
     IdleWatcher idleWatcher{scheduler, settings, idleTime, [this] { commands.post(Command::idleThresholdReached); }};
     bool running = false; // this process is the program, not a second launch handing over

@@ -1,9 +1,13 @@
+#include "core/IdleTimeChain.h"
 #include "platform/DBusIdleTimeSource.h"
+#include "platform/X11IdleTimeSource.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
+#include <QElapsedTimer>
 #include <QProcess>
+#include <QTest>
 #include <QThread>
 
 #include <gtest/gtest.h>
@@ -82,6 +86,10 @@ struct PrivateBus : ::testing::Test {
     {
         return DBusIdleTimeSource(QDBusConnection::connectToBus(address, QStringLiteral("client"))).idleSeconds();
     }
+    std::optional<double> ask()
+    {
+        return DBusIdleTimeSource(QDBusConnection::connectToBus(address, QStringLiteral("client"))).ask();
+    }
 };
 
 } // namespace
@@ -105,4 +113,117 @@ TEST_F(PrivateBus, AHungServiceCostsOneBoundedWait)
     serve("screensaver", "org.freedesktop.ScreenSaver", "/org/freedesktop/ScreenSaver", "org.freedesktop.ScreenSaver",
           7000);
     EXPECT_DOUBLE_EQ(idle(), 7.0);
+}
+
+// Asked as a probe, a session without either service says it does not know, while a user who
+// has just been active is known to have been idle 0 s.
+TEST_F(PrivateBus, AsAProbeNoServiceMeansNoAnswer)
+{
+    EXPECT_EQ(ask(), std::nullopt);
+    serve("screensaver", "org.freedesktop.ScreenSaver", "/org/freedesktop/ScreenSaver", "org.freedesktop.ScreenSaver",
+          0);
+    EXPECT_EQ(ask(), std::optional<double>(0.0));
+}
+
+namespace {
+
+// Answers what the test sets (nothing = "don't know") and notes in `asked` that it was asked.
+struct ScriptedProbe final : IdleTimeProbe {
+    ScriptedProbe(char name, QString& asked) : name(name), asked(asked) {}
+    std::optional<double> ask() override
+    {
+        asked += QLatin1Char(name);
+        return answer;
+    }
+    char name;
+    QString& asked;
+    std::optional<double> answer;
+};
+
+} // namespace
+
+TEST(IdleTimeChain, TheFirstProbeThatKnowsAnswersAndTheRestAreNotAsked)
+{
+    QString asked;
+    ScriptedProbe desktop('d', asked), xServer('x', asked);
+    IdleTimeChain chain({&desktop, &xServer});
+    EXPECT_EQ(chain.idleSeconds(), 0.0) << "nobody knows";
+    xServer.answer = 75.0;
+    EXPECT_EQ(chain.idleSeconds(), 75.0);
+    // A desktop that has just seen input knows the idle time is 0: the X server is not asked.
+    desktop.answer = 0.0;
+    EXPECT_EQ(chain.idleSeconds(), 0.0);
+    EXPECT_EQ(asked, QStringLiteral("dxdxd")); // both, both, the desktop alone
+}
+
+namespace {
+
+// A virtual X server of the test's own; it writes its display number once it is ready.
+struct XServer : ::testing::Test {
+    QProcess server;
+    QByteArray display;
+    QElapsedTimer sinceStart;
+
+    void start(const QStringList& extra = {})
+    {
+        if (!X11IdleTimeSource::builtWithX11)
+            GTEST_SKIP() << "built without the X libraries";
+        sinceStart.start();
+        server.start(QStringLiteral("Xvfb"), QStringList{QStringLiteral("-displayfd"), QStringLiteral("1"),
+                                                         QStringLiteral("-nolisten"), QStringLiteral("tcp")} +
+                                                 extra);
+        if (!server.waitForStarted(5000))
+            GTEST_SKIP() << "Xvfb is not installed";
+        ASSERT_TRUE(QTest::qWaitFor([this] { return server.canReadLine(); }, 10000)) << "Xvfb gave no display";
+        display = ":" + server.readLine().trimmed();
+    }
+    void TearDown() override
+    {
+        server.terminate();
+        server.waitForFinished();
+    }
+    // Input as a user's, through the XTEST extension.
+    void movePointer()
+    {
+        QProcess xdotool;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("DISPLAY"), QString::fromLatin1(display));
+        xdotool.setProcessEnvironment(environment);
+        xdotool.start(QStringLiteral("xdotool"),
+                      {QStringLiteral("mousemove_relative"), QStringLiteral("5"), QStringLiteral("5")});
+        ASSERT_TRUE(xdotool.waitForFinished(10000));
+        ASSERT_EQ(xdotool.exitCode(), 0);
+    }
+};
+
+} // namespace
+
+TEST_F(XServer, IdleTimeGrowsWithoutInputAndInputResetsIt)
+{
+    start();
+    X11IdleTimeSource source(display);
+    std::optional<double> idle;
+    ASSERT_TRUE(QTest::qWaitFor(
+        [&] {
+            idle = source.ask();
+            return !idle || *idle >= 0.5;
+        },
+        10000));
+    ASSERT_TRUE(idle.has_value()) << "Xvfb has the MIT-SCREEN-SAVER extension";
+    // Seconds, not the extension's milliseconds: no longer than the server has been up.
+    EXPECT_LE(*idle, double(sinceStart.elapsed()) / 1000.0);
+    movePointer();
+    const std::optional<double> afterInput = source.ask();
+    ASSERT_TRUE(afterInput.has_value());
+    EXPECT_LT(*afterInput, *idle);
+}
+
+TEST_F(XServer, NoExtensionNoServerOrNotOnX11MeansNoAnswer)
+{
+    start({QStringLiteral("-extension"), QStringLiteral("MIT-SCREEN-SAVER")});
+    EXPECT_EQ(X11IdleTimeSource(display).ask(), std::nullopt) << "a server without the extension";
+    EXPECT_EQ(X11IdleTimeSource(":" + QByteArray::number(display.mid(1).toInt() + 1000)).ask(), std::nullopt)
+        << "no server";
+    // The tests' application draws offscreen, as a Wayland one would not be on X11 either.
+    EXPECT_EQ(X11IdleTimeSource().ask(), std::nullopt);
 }
