@@ -192,7 +192,10 @@ TEST(PlayOrder, FitsAShuffledOrderToAChangedQueue)
             ids.insert(name, QUuid::createUuid());
         order.fitToChangedQueue(
             int(row.items.size()), [&](int index) { return ids.value(row.items.at(index)); }, row.insertNext);
-        EXPECT_EQ(order.shuffledIndices(), row.order) << row.what;
+        // As std::vector: Qt 6.4 compares two empty lists through memcmp with a null pointer.
+        const QList<int>& fitted = order.shuffledIndices();
+        EXPECT_EQ(std::vector<int>(fitted.cbegin(), fitted.cend()), std::vector<int>(row.order.cbegin(), row.order.cend()))
+            << row.what;
         EXPECT_EQ(order.shuffledIndex(), row.position) << row.what;
         EXPECT_EQ(order.current(), row.current) << row.what;
         EXPECT_EQ(order.isValid(), !row.items.isEmpty()) << row.what;
