@@ -21,6 +21,11 @@ extern "C" {
 
 using namespace tb;
 
+// x265 3.5 keeps about a kilobyte from each encoder it opens (more with SAO off) that closing it
+// never frees; the sanitizer builds would otherwise fail every HEVC test on it. Its frames have no
+// frame pointers, so the library is all a suppression can match.
+extern "C" const char* __lsan_default_suppressions() { return "leak:libx265.so\n"; }
+
 namespace {
 
 Picture solid(QColor colour, int width, int height)
@@ -185,13 +190,8 @@ TEST(VideoWriter, MovIsHevcMainTaggedHvc1WithSoundAfterTheVideo)
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("movie.mov"));
     ExportError error;
-    auto writer = VideoWriter::open({.path = path,
-                                     .width = 320,
-                                     .height = 240,
-                                     .format = ContainerFormat::mov,
-                                     .withAudio = true,
-                                     .preset = QStringLiteral("ultrafast")},
-                                    error);
+    auto writer = VideoWriter::open(
+        {.path = path, .width = 320, .height = 240, .format = ContainerFormat::mov, .withAudio = true}, error);
     ASSERT_TRUE(writer) << error.description.toStdString() << " " << error.detail.toStdString();
 
     const Picture grey = solid(Qt::gray, 320, 240);
@@ -217,6 +217,7 @@ TEST(VideoWriter, MovIsHevcMainTaggedHvc1WithSoundAfterTheVideo)
     EXPECT_EQ(video.codec, AV_CODEC_ID_HEVC);
     EXPECT_EQ(video.tag, MKTAG('h', 'v', 'c', '1'));
     EXPECT_EQ(video.profile, FF_PROFILE_HEVC_MAIN);
+    EXPECT_EQ(video.colourSpace, AVCOL_SPC_BT709);
     EXPECT_EQ(video.decodedFrames, 60);
     const StreamFacts& audio = streams[1];
     EXPECT_EQ(audio.codec, AV_CODEC_ID_AAC);
