@@ -1,0 +1,169 @@
+#pragma once
+
+#include "export/ExportError.h"
+#include "export/ExportPlan.h"
+
+#include <QImage>
+#include <QString>
+
+#include <atomic>
+#include <condition_variable>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+struct AVAudioFifo;
+struct AVBufferPool;
+struct AVCodecContext;
+struct AVFormatContext;
+struct AVFrame;
+struct AVPacket;
+struct AVStream;
+struct SwsContext;
+
+namespace tb {
+
+struct VideoWriterSettings {
+    QString path;  // written in place; the caller picks a temporary name and renames on success
+    int width = 0; // even, as 4:2:0 chroma needs
+    int height = 0;
+    // mp4: H.264 (libx264), High profile, 50 Mbit/s. mov: HEVC (libx265), Main profile, 60 Mbit/s,
+    // tagged 'hvc1' so that QuickTime-minded players take it.
+    ContainerFormat format = ContainerFormat::mp4;
+    bool withAudio = false; // AAC, 44.1 kHz stereo, 128 kbit/s
+    QString preset = {};    // the encoder's preset; empty takes defaultPreset(format)
+    int queueCapacity = 3;  // frames waiting for the encoder thread
+};
+
+// A picture of exactly the movie's size in QImage::Format_ARGB32 or _Premultiplied (B, G, R, A
+// bytes on little-endian machines); other formats are accepted at the cost of a conversion.
+using Picture = std::shared_ptr<const QImage>;
+
+// Encodes frames and sound into a movie file with FFmpeg. One thread (the exporter's) appends;
+// the encoders and the muxer run on the writer's own thread behind a short queue, whose limit is
+// the back-pressure that keeps the exporter from rendering far ahead. Only cancel() may be called
+// from another thread.
+class VideoWriter {
+public:
+    static constexpr int frameRate = 30;
+    static constexpr int sampleRate = 44100;
+    static constexpr int channelCount = 2;
+
+    // Streams, encoders, the file and its header. On failure nothing is returned and `error` holds
+    // code 2 (an encoder), 3 (the file or its header) or 4 (the frame converter).
+    static std::unique_ptr<VideoWriter> open(const VideoWriterSettings& settings, ExportError& error);
+    // Chosen by measurement (bench/run_writer.sh, two cores): x264 "faster" is within 0.3 dB SSIM
+    // of "medium" at 61 % of its time, while "veryfast" loses 3.5 dB; x265 "fast" takes 76 % of
+    // "medium"'s time for 0.4 dB less, which a long 4K export is worth.
+    static QString defaultPreset(ContainerFormat format);
+
+    ~VideoWriter();
+    VideoWriter(const VideoWriter&) = delete;
+    VideoWriter& operator=(const VideoWriter&) = delete;
+
+    // Queues one frame shown at frameIndex / 30 s; waits while the queue is full. A picture handed
+    // in again for the following frames (the same pointer) is not converted again. False once the
+    // writer has failed or was cancelled: the caller stops appending.
+    bool appendFrame(const Picture& picture, qint64 frameIndex);
+    // No more frames. The video encoder drains before any sound is encoded, so the file holds the
+    // video first and the sound after it.
+    void finishVideo();
+    // Interleaved float stereo at 44.1 kHz starting at startFrame / 44100 s. Holes between chunks
+    // are filled with silence and overlaps dropped, so the track stays continuous.
+    bool appendAudio(const float* interleaved, int frames, qint64 startFrame);
+    // Drains both encoders, writes the index and closes the file. False with the first failure of
+    // the whole run (encoder, muxer or disk) in `error`.
+    bool finish(QString& error);
+    // From any thread: wakes a waiting appendFrame, stops the encoder thread after the frame it is
+    // on and closes the file. Every later call fails.
+    void cancel();
+
+    // Distinct pictures converted to the encoder's pixel format so far.
+    int convertedPictures() const { return converted.load(); }
+
+private:
+    struct FrameFree {
+        void operator()(AVFrame* frame) const;
+    };
+    using FramePtr = std::unique_ptr<AVFrame, FrameFree>;
+
+    enum class JobKind : int { video = 0, endOfVideo = 1, audio = 2 };
+    struct Job {
+        JobKind kind = JobKind::video;
+        FramePtr frame;
+        std::vector<float> left; // audio, one vector per channel as the encoder takes it
+        std::vector<float> right;
+        qint64 audioStart = 0;
+    };
+
+    explicit VideoWriter(const VideoWriterSettings& settings);
+    ExportError start();
+    bool addVideoStream(QString& detail);
+    bool addAudioStream(QString& detail);
+    bool makeConverter();
+
+    FramePtr convert(const QImage& picture);
+    bool enqueue(Job job);
+    bool accepting() const;
+    void fail(const QString& text);
+
+    void runEncoder();
+    bool process(Job& job);
+    bool endVideo();
+    bool queueAudio(Job& job);
+    bool queueSilence(qint64 frames);
+    bool encodeAudio(bool includingPartial);
+    bool endAudio();
+    bool drain(AVCodecContext* codec, AVStream* stream, const char* what);
+
+    void stopEncoder();
+    bool closeFile(QString& error);
+
+    const VideoWriterSettings settings;
+
+    // Made by open() and read-only afterwards, apart from what each thread owns below.
+    AVFormatContext* format = nullptr;
+    AVCodecContext* videoCodec = nullptr; // encoder thread
+    AVCodecContext* audioCodec = nullptr; // encoder thread
+    AVStream* videoStream = nullptr;
+    AVStream* audioStream = nullptr;
+
+    // The appending thread's.
+    SwsContext* scaler = nullptr;
+    AVBufferPool* pixelPool = nullptr; // frames come back to it when the encoder lets go of them
+    Picture lastPicture;               // kept alive so that a new picture never shares its address
+    FramePtr lastFrame;
+    qint64 lastFrameIndex = -1;
+    bool videoFinished = false;
+    std::atomic<int> converted = 0;
+
+    // The encoder thread's.
+    AVPacket* packet = nullptr;
+    AVAudioFifo* audioFifo = nullptr;
+    qint64 audioFifoStart = 0; // time of the first sample waiting in the FIFO
+    qint64 audioNext = 0;      // time of the sample after the last one received
+    bool audioStarted = false;
+    bool videoEnded = false;
+    bool audioEnded = false;
+    bool trailerWritten = false;
+
+    // Shared between the threads — guarded by `mutex`.
+    mutable std::mutex mutex;
+    std::condition_variable workArrived;
+    std::condition_variable spaceFreed;
+    std::deque<Job> jobs;
+    bool inputDone = false;
+    QString firstError;
+    std::atomic<bool> failed = false;    // written under `mutex`, read anywhere
+    std::atomic<bool> cancelled = false; // written under `mutex`, read anywhere
+
+    // Joining the thread and closing the file happen once, whoever gets there first (finish,
+    // cancel or the destructor) — guarded by `lifecycle`.
+    std::mutex lifecycle;
+    std::thread encoder;
+    bool fileClosed = false;
+};
+
+} // namespace tb
