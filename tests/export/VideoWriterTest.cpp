@@ -1,4 +1,5 @@
 #include "export/VideoWriter.h"
+#include "MovieProbe.h"
 #include "media/ClipProbe.h"
 
 #include <QRandomGenerator>
@@ -20,6 +21,7 @@ extern "C" {
 }
 
 using namespace tb;
+using namespace tb::test;
 
 // x265 3.5 keeps about a kilobyte from each encoder it opens (more with SAO off) that closing it
 // never frees; the sanitizer builds would otherwise fail every HEVC test on it. Its frames have no
@@ -42,110 +44,6 @@ Picture noise(int width, int height)
     for (int y = 0; y < height; ++y)
         random.fillRange(reinterpret_cast<quint32*>(picture->scanLine(y)), width);
     return picture;
-}
-
-// Lets this process's files grow only so far; a write past it fails with EFBIG (SIGXFSZ, which
-// would end the process, is ignored while the limit holds).
-class FileSizeLimit {
-public:
-    explicit FileSizeLimit(rlim_t bytes)
-    {
-        getrlimit(RLIMIT_FSIZE, &previous);
-        previousHandler = std::signal(SIGXFSZ, SIG_IGN);
-        rlimit limit = previous;
-        limit.rlim_cur = bytes;
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit()
-    {
-        setrlimit(RLIMIT_FSIZE, &previous);
-        std::signal(SIGXFSZ, previousHandler);
-    }
-
-private:
-    rlimit previous{};
-    void (*previousHandler)(int) = nullptr;
-};
-
-// What a player would find in the file: each stream as the container describes it, and as its
-// decoder sees it.
-struct StreamFacts {
-    AVCodecID codec = AV_CODEC_ID_NONE;
-    int profile = 0;
-    uint32_t tag = 0;
-    int width = 0;
-    int height = 0;
-    int sampleRate = 0;
-    int channels = 0;
-    int64_t frameCount = 0;
-    double duration = 0;
-    AVColorSpace colourSpace = AVCOL_SPC_UNSPECIFIED;
-    int decodedFrames = 0;                   // pictures, or samples per channel
-    std::vector<std::pair<int, int>> chroma; // U and V at the centre of each picture
-    double rms = 0;                          // of the sound's first channel
-};
-
-std::vector<StreamFacts> probe(const QString& path)
-{
-    std::vector<StreamFacts> facts;
-    AVFormatContext* format = nullptr;
-    if (avformat_open_input(&format, path.toUtf8().constData(), nullptr, nullptr) < 0)
-        return facts;
-    avformat_find_stream_info(format, nullptr);
-    std::vector<AVCodecContext*> decoders;
-    for (unsigned i = 0; i < format->nb_streams; ++i) {
-        const AVStream* stream = format->streams[i];
-        const AVCodecParameters* p = stream->codecpar;
-        StreamFacts& f = facts.emplace_back();
-        f.codec = p->codec_id;
-        f.profile = p->profile;
-        f.tag = p->codec_tag;
-        f.width = p->width;
-        f.height = p->height;
-        f.sampleRate = p->sample_rate;
-        f.channels = p->ch_layout.nb_channels;
-        f.frameCount = stream->nb_frames;
-        f.duration = double(stream->duration) * av_q2d(stream->time_base);
-        f.colourSpace = p->color_space;
-        AVCodecContext* decoder = avcodec_alloc_context3(avcodec_find_decoder(p->codec_id));
-        avcodec_parameters_to_context(decoder, p);
-        avcodec_open2(decoder, decoder->codec, nullptr);
-        decoders.push_back(decoder);
-    }
-    std::vector<double> squares(facts.size());
-    AVPacket* packet = av_packet_alloc();
-    AVFrame* frame = av_frame_alloc();
-    const auto receive = [&](size_t index) {
-        StreamFacts& f = facts[index];
-        while (avcodec_receive_frame(decoders[index], frame) >= 0) {
-            if (f.width > 0) {
-                ++f.decodedFrames;
-                const int offset = frame->height / 4 * frame->linesize[1] + frame->width / 4;
-                f.chroma.emplace_back(frame->data[1][offset], frame->data[2][offset]);
-            } else {
-                f.decodedFrames += frame->nb_samples;
-                const auto* left = reinterpret_cast<const float*>(frame->data[0]);
-                for (int s = 0; s < frame->nb_samples; ++s)
-                    squares[index] += double(left[s]) * left[s];
-            }
-        }
-    };
-    while (av_read_frame(format, packet) >= 0) {
-        avcodec_send_packet(decoders[size_t(packet->stream_index)], packet);
-        receive(size_t(packet->stream_index));
-        av_packet_unref(packet);
-    }
-    for (size_t i = 0; i < facts.size(); ++i) {
-        avcodec_send_packet(decoders[i], nullptr);
-        receive(i);
-        if (facts[i].width == 0 && facts[i].decodedFrames > 0)
-            facts[i].rms = std::sqrt(squares[i] / facts[i].decodedFrames);
-        avcodec_free_context(&decoders[i]);
-    }
-    av_frame_free(&frame);
-    av_packet_free(&packet);
-    avformat_close_input(&format);
-    return facts;
 }
 
 } // namespace
