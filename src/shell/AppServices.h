@@ -12,6 +12,7 @@ class FolderWatchers;
 class IdleWatching;
 class MetadataService;
 class PictureService;
+class ProcessMemory;
 class RandomSource;
 class Scheduler;
 class SettingsStore;
@@ -41,6 +42,7 @@ struct AppServices {
     DisplayManager& displays;
     IdleWatching& idleWatcher;
     FolderWatchers& folderWatchers;
+    ProcessMemory& processMemory;
 };
 
 } // namespace tb

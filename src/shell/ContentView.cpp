@@ -12,6 +12,7 @@
 #include "SettingsHelpView.h"
 #include "Toast.h"
 #include "UpdaterControllerWrapper.h"
+#include "VideoExportDriver.h"
 #include "audio/AudioManager.h"
 #include "audio/AudioOptionsView.h"
 #include "core/Logger.h"
@@ -145,6 +146,15 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
                 {this->services.settings, this->services.displays, this->services.dialogs, this->services.idleWatcher},
                 this);
         });
+    });
+    exportDriver = new VideoExportDriver({services.settings, services.dialogs, services.analytics,
+                                          services.fileRevealer, services.processMemory, services.random},
+                                         *audioManager, this);
+    connect(controls, &ControlsColumn::exportRequested, this,
+            [this] { exportDriver->buttonPressed(items->items(), items->startingImageId()); });
+    connect(exportDriver, &VideoExportDriver::stateChanged, this, [this] {
+        controls->showExport(exportDriver->isExporting(), exportDriver->showExportProgress(),
+                             exportDriver->exportProgress(), exportDriver->progressText());
     });
     connect(controls, &ControlsColumn::helpRequested, this,
             [this] { openPanelOnce<SettingsHelpView>(this, [this] { return new SettingsHelpView(this); }); });

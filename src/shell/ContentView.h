@@ -30,6 +30,7 @@ class SessionControl;
 class SlideshowSaveService;
 class SlideshowOpening;
 class Toast;
+class VideoExportDriver;
 
 // A main window: its own queue and controls, the shared services, and the program's menus.
 // Every open main window reacts to every command posted on the bus.
@@ -100,6 +101,7 @@ private:
     std::unique_ptr<SessionControl> sessionControl;
     std::unique_ptr<SlideshowSaveService> saveService;
     std::unique_ptr<SlideshowOpening> opening;
+    VideoExportDriver* exportDriver = nullptr;
     QAction* floatOnTopAction = nullptr;
     ControlsColumn* controls = nullptr;
     QComboBox* sortPicker = nullptr;

@@ -22,6 +22,7 @@
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QStyle>
@@ -210,9 +211,14 @@ ControlsColumn::ControlsColumn(Services services, std::function<std::optional<QU
             &ControlsColumn::showRunning);
     showRunning(services.slideshowManager.isSlideshowRunning());
 
-    QPushButton* exportVideo = button(this, QStringLiteral("Export as Video"));
+    exportVideo = button(this, QStringLiteral("Export as Video"));
     connect(exportVideo, &QPushButton::clicked, this, &ControlsColumn::exportRequested);
     column->addWidget(exportVideo);
+    exportBar = new QProgressBar(this);
+    exportBar->setRange(0, 1000);
+    exportBar->setAccessibleName(QStringLiteral("Export progress"));
+    exportBar->hide();
+    column->addWidget(exportBar);
 
     screenSaverText = new QLabel;
     screenSaverStatus = iconLine(this, icon(this, "weather-clear-night", QStyle::SP_DesktopIcon), screenSaverText);
@@ -270,6 +276,15 @@ void ControlsColumn::switchLiveMode(bool on)
         manager.setLiveModeActive(false);
     }
     showLiveMode(); // the switch goes back when the manager did not change
+}
+
+void ControlsColumn::showExport(bool exporting, bool showProgress, double progress, const QString& progressText)
+{
+    exportVideo->setText(exporting ? QStringLiteral("Cancel Export") : QStringLiteral("Export as Video"));
+    exportVideo->setAccessibleName(exportVideo->text());
+    exportBar->setVisible(showProgress);
+    exportBar->setValue(int(progress * 1000.0));
+    exportBar->setFormat(progressText);
 }
 
 bool ControlsColumn::isLiveModeSwitchOn() const { return liveMode->isChecked(); }

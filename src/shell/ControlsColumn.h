@@ -10,6 +10,7 @@ class QCheckBox;
 class QComboBox;
 class QDoubleSpinBox;
 class QLabel;
+class QProgressBar;
 class QPushButton;
 
 namespace tb {
@@ -43,6 +44,8 @@ public:
     QComboBox* sortPicker() const { return sortBy; }
     QPushButton* startButton() const { return start; }
     void setTotalFilesAdded(int total);
+    // The export button reads "Cancel Export" while a movie is written; the bar shows how far.
+    void showExport(bool exporting, bool showProgress, double progress, const QString& progressText);
     // The live-mode switch: on watches the dialog's single folder, or explains why it can't.
     void switchLiveMode(bool on);
     bool isLiveModeSwitchOn() const;
@@ -66,6 +69,8 @@ private:
     std::function<std::optional<QUrl>()> selectedFolder;
     QLabel* totals = nullptr;
     QCheckBox* liveMode = nullptr;
+    QPushButton* exportVideo = nullptr;
+    QProgressBar* exportBar = nullptr;
     QWidget* watchedRow = nullptr;
     QLabel* watchedPath = nullptr;
     QComboBox* sortBy = nullptr;

@@ -194,7 +194,8 @@ TEST(PlayOrder, FitsAShuffledOrderToAChangedQueue)
             int(row.items.size()), [&](int index) { return ids.value(row.items.at(index)); }, row.insertNext);
         // As std::vector: Qt 6.4 compares two empty lists through memcmp with a null pointer.
         const QList<int>& fitted = order.shuffledIndices();
-        EXPECT_EQ(std::vector<int>(fitted.cbegin(), fitted.cend()), std::vector<int>(row.order.cbegin(), row.order.cend()))
+        EXPECT_EQ(std::vector<int>(fitted.cbegin(), fitted.cend()),
+                  std::vector<int>(row.order.cbegin(), row.order.cend()))
             << row.what;
         EXPECT_EQ(order.shuffledIndex(), row.position) << row.what;
         EXPECT_EQ(order.current(), row.current) << row.what;

@@ -10,6 +10,7 @@
 #include "media/Queue.h"
 #include "modes/DisplayManager.h"
 #include "modes/IdleWatching.h"
+#include "platform/LinuxProcessMemory.h"
 #include "playback/SlideshowManager.h"
 #include "shell/AppServices.h"
 #include "shell/CommandBus.h"
@@ -65,9 +66,10 @@ struct ShellFixture : ::testing::Test {
     CountingIdleWatcher idleWatcher;
     FakeFileSystems fileSystems;
     FakeFolderWatchers folderWatchers;
+    LinuxProcessMemory processMemory;
     AppServices services{settings, scheduler, random,   analytics,   revealer,         fileSystems,
                          dialogs,  commands,  metadata, updater,     slideshowManager, audioPlayers,
-                         pictures, inhibitor, displays, idleWatcher, folderWatchers};
+                         pictures, inhibitor, displays, idleWatcher, folderWatchers,   processMemory};
     std::vector<std::unique_ptr<ContentView>> windows;
 
     // A window that has not appeared yet: it subscribes to commands when shown.
