@@ -214,15 +214,7 @@ bool VideoWriter::makeConverter()
 
 VideoWriter::~VideoWriter()
 {
-    {
-        std::lock_guard lock(mutex);
-        cancelled = true;
-    }
-    workArrived.notify_all();
-    spaceFreed.notify_all();
-    stopEncoder();
-    QString ignored;
-    closeFile(ignored);
+    cancel();
 
     jobs.clear();
     lastFrame.reset();

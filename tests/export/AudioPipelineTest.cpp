@@ -1,4 +1,5 @@
 #include "export/AudioPipeline.h"
+#include "MovieProbe.h"
 #include "export/FfmpegAudioReader.h"
 #include "support/LogCapture.h"
 
@@ -60,26 +61,12 @@ AudioTrack track(const char* name, std::optional<double> seconds)
     return AudioTrack::fromFile(QUrl::fromLocalFile(QStringLiteral("/music/") + QLatin1String(name)), seconds);
 }
 
-// A mono 16-bit WAV at 22,050 Hz: `first` for the first second, `second` for the next.
+// Two seconds at 22,050 Hz: `first` for the first second, `second` for the next.
 void writeSteps(const QString& path, double first, double second)
 {
-    QByteArray pcm;
-    for (int i = 0; i < 2 * 22050; ++i) {
-        const auto value = qint16(std::lround((i < 22050 ? first : second) * 32767));
-        pcm.append(reinterpret_cast<const char*>(&value), 2);
-    }
-    QByteArray wav("RIFF");
-    const auto u32 = [&wav](quint32 v) { wav.append(reinterpret_cast<const char*>(&v), 4); };
-    const auto u16 = [&wav](quint16 v) { wav.append(reinterpret_cast<const char*>(&v), 2); };
-    u32(quint32(36 + pcm.size()));
-    wav.append("WAVEfmt ");
-    u32(16), u16(1), u16(1), u32(22050), u32(22050 * 2), u16(2), u16(16);
-    wav.append("data");
-    u32(quint32(pcm.size()));
-    wav.append(pcm);
-    QFile file(path);
-    file.open(QIODevice::WriteOnly);
-    file.write(wav);
+    std::vector<double> values(2 * 22050, first);
+    std::fill(values.begin() + 22050, values.end(), second);
+    writeMonoWav(path, values);
 }
 
 } // namespace

@@ -124,12 +124,12 @@ inline std::vector<StreamFacts> probe(const QString& path)
     return facts;
 }
 
-// A mono 16-bit WAV at 22,050 Hz of `seconds` of a 440 Hz tone at half scale.
-inline void writeTone(const QString& path, double seconds)
+// A mono 16-bit WAV at 22,050 Hz of the given values (-1 to 1).
+inline void writeMonoWav(const QString& path, const std::vector<double>& values)
 {
     QByteArray pcm;
-    for (int i = 0; i < int(seconds * 22050); ++i) {
-        const auto value = qint16(std::lround(0.5 * 32767 * std::sin(2 * M_PI * 440.0 * i / 22050)));
+    for (double v : values) {
+        const auto value = qint16(std::lround(v * 32767));
         pcm.append(reinterpret_cast<const char*>(&value), 2);
     }
     QByteArray wav("RIFF");
@@ -144,6 +144,15 @@ inline void writeTone(const QString& path, double seconds)
     QFile file(path);
     file.open(QIODevice::WriteOnly);
     file.write(wav);
+}
+
+// `seconds` of a 440 Hz tone at half scale.
+inline void writeTone(const QString& path, double seconds)
+{
+    std::vector<double> values(size_t(seconds * 22050));
+    for (size_t i = 0; i < values.size(); ++i)
+        values[i] = 0.5 * std::sin(2 * M_PI * 440.0 * double(i) / 22050);
+    writeMonoWav(path, values);
 }
 
 } // namespace tb::test
