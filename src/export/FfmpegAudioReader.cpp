@@ -2,6 +2,7 @@
 
 #include "core/Logger.h"
 #include "media/ClipProbe.h"
+#include "media/FfmpegHandles.h"
 
 #include <memory>
 
@@ -16,20 +17,8 @@ namespace tb {
 
 namespace {
 
-struct FormatCloser {
-    void operator()(AVFormatContext* context) const { avformat_close_input(&context); }
-};
-struct CodecFreer {
-    void operator()(AVCodecContext* context) const { avcodec_free_context(&context); }
-};
 struct ResamplerFreer {
     void operator()(SwrContext* context) const { swr_free(&context); }
-};
-struct FrameFreer {
-    void operator()(AVFrame* frame) const { av_frame_free(&frame); }
-};
-struct PacketFreer {
-    void operator()(AVPacket* packet) const { av_packet_free(&packet); }
 };
 
 using Samples = std::vector<float>;

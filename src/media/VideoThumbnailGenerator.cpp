@@ -1,6 +1,7 @@
 #include "VideoThumbnailGenerator.h"
 
 #include "ClipProbe.h"
+#include "FfmpegHandles.h"
 #include "core/Logger.h"
 
 #include <QFileInfo>
@@ -21,18 +22,6 @@ namespace tb {
 
 namespace {
 
-struct FormatCloser {
-    void operator()(AVFormatContext* f) const { avformat_close_input(&f); }
-};
-struct CodecFreer {
-    void operator()(AVCodecContext* c) const { avcodec_free_context(&c); }
-};
-struct FrameFreer {
-    void operator()(AVFrame* f) const { av_frame_free(&f); }
-};
-struct PacketFreer {
-    void operator()(AVPacket* p) const { av_packet_free(&p); }
-};
 struct ScalerFreer {
     void operator()(SwsContext* s) const { sws_freeContext(s); }
 };
