@@ -7,6 +7,9 @@
 #include <QPainter>
 #include <QTemporaryDir>
 
+#include <array>
+#include <random>
+
 #include <exiv2/exiv2.hpp>
 #include <gtest/gtest.h>
 
@@ -68,6 +71,62 @@ TEST(FrameKernels, AZoomKeepsTheCentreAndAMoveUpIsUp)
     // Far beyond the picture: the edge repeats, and nothing is read outside it.
     FrameKernels::zoomAndShift(picture, 1.0, {-5000.0, 5000.0}, out);
     EXPECT_EQ(out.pixelColor(0, 0), QColor(Qt::gray));
+}
+
+TEST(FrameKernels, NoiseIsSampledAsBilinearFilteringSays)
+{
+    // Odd sizes, so that the vector loops leave tails; noise, so that a swapped lane or weight shows.
+    QImage picture({37, 23}, QImage::Format_ARGB32_Premultiplied);
+    std::mt19937 random(7);
+    for (int y = 0; y < picture.height(); ++y)
+        for (int x = 0; x < picture.width(); ++x)
+            picture.setPixel(x, y, qRgb(int(random() % 256), int(random() % 256), int(random() % 256)));
+    const auto channels = [](QRgb c) {
+        return std::array<double, 4>{double(qRed(c)), double(qGreen(c)), double(qBlue(c)), double(qAlpha(c))};
+    };
+    QImage out(picture.size(), picture.format());
+
+    const QImage other = picture.mirrored(true, true);
+    FrameKernels::blend(picture, other, 0.3, out);
+    const double scale = 1.07;
+    const QPointF shift(3.3, -2.6);
+    QImage zoomed(picture.size(), picture.format());
+    FrameKernels::zoomAndShift(picture, scale, shift, zoomed);
+
+    double worstBlend = 0.0;
+    double worstZoom = 0.0;
+    for (int y = 0; y < picture.height(); ++y) {
+        for (int x = 0; x < picture.width(); ++x) {
+            const auto a = channels(picture.pixel(x, y));
+            const auto b = channels(other.pixel(x, y));
+            const auto mixed = channels(out.pixel(x, y));
+            for (int c = 0; c < 4; ++c)
+                worstBlend = std::max(worstBlend, std::abs(mixed[c] - (a[c] * 0.7 + b[c] * 0.3)));
+
+            const auto at = [&](double centre, double position, double move, int size) {
+                return std::clamp((position + 0.5 - centre) / scale + centre - move - 0.5, 0.0, size - 1.0);
+            };
+            const double u = at(picture.width() / 2.0, x, shift.x(), picture.width());
+            const double v = at(picture.height() / 2.0, y, -shift.y(), picture.height());
+            const int x0 = int(u);
+            const int y0 = int(v);
+            const int x1 = std::min(x0 + 1, picture.width() - 1);
+            const int y1 = std::min(y0 + 1, picture.height() - 1);
+            const auto p00 = channels(picture.pixel(x0, y0));
+            const auto p10 = channels(picture.pixel(x1, y0));
+            const auto p01 = channels(picture.pixel(x0, y1));
+            const auto p11 = channels(picture.pixel(x1, y1));
+            const auto sampled = channels(zoomed.pixel(x, y));
+            for (int c = 0; c < 4; ++c) {
+                const double top = p00[c] + (p10[c] - p00[c]) * (u - x0);
+                const double bottom = p01[c] + (p11[c] - p01[c]) * (u - x0);
+                worstZoom = std::max(worstZoom, std::abs(sampled[c] - (top + (bottom - top) * (v - y0))));
+            }
+        }
+    }
+    // 8-bit weights and truncation cost at most a level or two, never more.
+    EXPECT_LE(worstBlend, 1.5);
+    EXPECT_LE(worstZoom, 2.5);
 }
 
 TEST(KenBurnsMotion, ProgressThroughAPicturesLife)
