@@ -20,6 +20,7 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <vector>
 
 namespace tb {
 
@@ -43,6 +44,26 @@ QString temporaryPathBeside(const QString& target)
 using Frame = std::shared_ptr<QImage>;
 
 Frame blankFrame(QSize size) { return std::make_shared<QImage>(size, QImage::Format_ARGB32_Premultiplied); }
+
+// The frames of moving stretches. The writer lets go of a frame once it has converted it, and
+// a frame only the pool holds is drawn into again: a fresh frame each time would cost the
+// system 8 MB (32 MB at 4K) of newly zeroed pages per frame.
+class FramePool {
+public:
+    explicit FramePool(QSize size) : size(size) {}
+    Frame take()
+    {
+        for (const Frame& frame : frames)
+            if (frame.use_count() == 1)
+                return frame;
+        frames.push_back(blankFrame(size));
+        return frames.back();
+    }
+
+private:
+    QSize size;
+    std::vector<Frame> frames;
+};
 
 // A picture that could not be fitted to the frame stands in its lower left corner, unfilled.
 Frame toFrame(QImage picture, QSize size)
@@ -70,7 +91,7 @@ struct VideoExporter::Run {
     FramePlan plan;
     QSize size;
     QString temporaryPath;
-    std::unique_ptr<VideoWriter> writer;
+    std::unique_ptr<MovieSink> writer;
     qint64 frameCounter = 0;
     double kbStartProgress = 0.0;
 
@@ -79,6 +100,15 @@ struct VideoExporter::Run {
         progress(plan.totalFrames < 1 ? 0.0 : std::clamp(double(frameCounter) / plan.totalFrames, 0.0, 1.0));
     }
 };
+
+VideoExporter::VideoExporter(ProcessMemory& memory, SinkFactory openSink)
+    : memory(memory), openSink(std::move(openSink))
+{
+    if (!this->openSink)
+        this->openSink = [](const VideoWriterSettings& settings, ExportError& error) -> std::unique_ptr<MovieSink> {
+            return VideoWriter::open(settings, error);
+        };
+}
 
 void VideoExporter::memoryLine(const QString& label) const
 {
@@ -145,8 +175,9 @@ ExportResult VideoExporter::exportMovie(const ExportRequest& request, const std:
     settings.format = request.containerFormat;
     settings.withAudio = !request.audioTracks.isEmpty();
     settings.preset = request.encoderPreset;
+    settings.params = request.encoderParams;
     ExportError openError;
-    run.writer = VideoWriter::open(settings, openError);
+    run.writer = openSink(settings, openError);
     if (!run.writer) {
         if (openError.code == 2)
             logError(openError.description.contains(QLatin1String("audio"))
@@ -242,9 +273,10 @@ ExportResult VideoExporter::render(Run& run)
         ++run.frameCounter;
         return taken;
     };
+    FramePool pool(run.size);
     const auto zoomed = [&](const Frame& still, int index, double progress) {
         const Motion::Zoom zoom = Motion::at(request.kenBurnsTargets[index], progress);
-        Frame frame = blankFrame(run.size);
+        Frame frame = pool.take();
         FrameKernels::zoomAndShift(*still, zoom.scale, zoom.shift, *frame);
         return frame;
     };
@@ -293,7 +325,7 @@ ExportResult VideoExporter::render(Run& run)
                 if (cancelRequested)
                     return cancelled(run);
                 const double t = Motion::transitionTime(f, plan.transitionFrames);
-                Frame frame = blankFrame(run.size);
+                Frame frame = pool.take();
                 if (targetsKnown) {
                     const Frame outgoing = zoomed(
                         *current, i,
@@ -321,7 +353,7 @@ ExportResult VideoExporter::render(Run& run)
     if (!request.audioTracks.isEmpty()) {
         logInfo(QStringLiteral("Starting audio processing"));
         FfmpegAudioReader reader(cancelRequested);
-        VideoWriter& writer = *run.writer;
+        MovieSink& writer = *run.writer;
         const auto audioFailure = AudioPipeline::processAudio(
             request.audioTracks, request.isLooping, plan.videoDuration, reader,
             [&writer](const float* values, int frames, qint64 start) {

@@ -10,12 +10,15 @@
 
 #include <atomic>
 #include <functional>
+#include <memory>
 #include <mutex>
 
 namespace tb {
 
 class ProcessMemory;
-class VideoWriter;
+class MovieSink;
+struct VideoWriterSettings;
+struct ExportError;
 
 // Everything one export needs, fixed on the GUI thread before it starts.
 struct ExportRequest {
@@ -32,6 +35,7 @@ struct ExportRequest {
     // One per picture, drawn before the export starts; empty unless the transition is Ken Burns.
     QList<KenBurnsTargetState> kenBurnsTargets;
     QString encoderPreset; // empty: the writer's default
+    QString encoderParams; // empty: the writer's default
 };
 
 enum class ExportOutcome { completed, cancelled, failed };
@@ -50,7 +54,10 @@ struct ExportResult {
 // it was. Runs on the calling thread (a worker); one exporter per export.
 class VideoExporter {
 public:
-    explicit VideoExporter(ProcessMemory& memory) : memory(memory) {}
+    using SinkFactory =
+        std::function<std::unique_ptr<MovieSink>(const VideoWriterSettings& settings, ExportError& error)>;
+    // Frames go to the movie writer unless another sink is given.
+    explicit VideoExporter(ProcessMemory& memory, SinkFactory openSink = {});
 
     // Progress (0 to 1) is reported on the calling thread, once per still stretch and once per
     // transition.
@@ -67,9 +74,10 @@ private:
     void memoryLine(const QString& label) const;
 
     ProcessMemory& memory;
+    SinkFactory openSink;
     std::atomic_bool cancelRequested = false;
     std::mutex writerMutex;
-    VideoWriter* activeWriter = nullptr; // — guarded by writerMutex
+    MovieSink* activeWriter = nullptr; // — guarded by writerMutex
 };
 
 } // namespace tb

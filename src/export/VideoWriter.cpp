@@ -53,6 +53,12 @@ QString VideoWriter::defaultPreset(ContainerFormat format)
     return format == ContainerFormat::mov ? QStringLiteral("fast") : QStringLiteral("faster");
 }
 
+QString VideoWriter::defaultParams(ContainerFormat format)
+{
+    // x265 reports its settings on standard error unless told otherwise.
+    return format == ContainerFormat::mov ? QStringLiteral("log-level=error") : QString();
+}
+
 VideoWriter::VideoWriter(const VideoWriterSettings& settings) : settings(settings) {}
 
 std::unique_ptr<VideoWriter> VideoWriter::open(const VideoWriterSettings& settings, ExportError& error)
@@ -141,9 +147,11 @@ bool VideoWriter::addVideoStream(QString& detail)
     int result = av_opt_set(videoCodec->priv_data, "preset", preset.constData(), 0);
     if (result >= 0)
         result = av_opt_set(videoCodec->priv_data, "profile", choice.profile, 0);
-    // x265 reports its settings on standard error unless told otherwise.
-    if (result >= 0 && settings.format == ContainerFormat::mov)
-        result = av_opt_set(videoCodec->priv_data, "x265-params", "log-level=error", 0);
+    const QByteArray params = (settings.params.isEmpty() ? defaultParams(settings.format) : settings.params).toUtf8();
+    if (result >= 0 && !params.isEmpty())
+        result =
+            av_opt_set(videoCodec->priv_data, settings.format == ContainerFormat::mov ? "x265-params" : "x264-params",
+                       params.constData(), 0);
     if (result >= 0)
         result = avcodec_open2(videoCodec, codec, nullptr);
     if (result >= 0)

@@ -34,6 +34,7 @@ struct VideoWriterSettings {
     ContainerFormat format = ContainerFormat::mp4;
     bool withAudio = false; // AAC, 44.1 kHz stereo, 128 kbit/s
     QString preset = {};    // the encoder's preset; empty takes defaultPreset(format)
+    QString params = {};    // x264-params / x265-params on top of the preset; empty takes defaultParams(format)
     int queueCapacity = 3;  // frames waiting for the encoder thread
 };
 
@@ -41,11 +42,26 @@ struct VideoWriterSettings {
 // bytes on little-endian machines); other formats are accepted at the cost of a conversion.
 using Picture = std::shared_ptr<const QImage>;
 
+// Where an export's frames and sound go: the movie writer, or in a benchmark the raw frames.
+class MovieSink {
+public:
+    virtual ~MovieSink() = default;
+    // Queues one frame shown at frameIndex / 30 s. False once the sink has failed or was
+    // cancelled: the caller stops appending.
+    virtual bool appendFrame(const Picture& picture, qint64 frameIndex) = 0;
+    virtual void finishVideo() = 0;
+    virtual bool appendAudio(const float* interleaved, int frames, qint64 startFrame) = 0;
+    // False with the first failure of the whole run in `error`.
+    virtual bool finish(QString& error) = 0;
+    // From any thread: wakes a waiting appendFrame; every later call fails.
+    virtual void cancel() = 0;
+};
+
 // Encodes frames and sound into a movie file with FFmpeg. One thread (the exporter's) appends;
 // the encoders and the muxer run on the writer's own thread behind a short queue, whose limit is
 // the back-pressure that keeps the exporter from rendering far ahead. Only cancel() may be called
 // from another thread.
-class VideoWriter {
+class VideoWriter final : public MovieSink {
 public:
     static constexpr int frameRate = 30;
     static constexpr int sampleRate = 44100;
@@ -58,27 +74,28 @@ public:
     // of "medium" at 61 % of its time, while "veryfast" loses 3.5 dB; x265 "fast" takes 76 % of
     // "medium"'s time for 0.4 dB less, which a long 4K export is worth.
     static QString defaultPreset(ContainerFormat format);
+    static QString defaultParams(ContainerFormat format);
 
-    ~VideoWriter();
+    ~VideoWriter() override;
     VideoWriter(const VideoWriter&) = delete;
     VideoWriter& operator=(const VideoWriter&) = delete;
 
     // Queues one frame shown at frameIndex / 30 s; waits while the queue is full. A picture handed
     // in again for the following frames (the same pointer) is not converted again. False once the
     // writer has failed or was cancelled: the caller stops appending.
-    bool appendFrame(const Picture& picture, qint64 frameIndex);
+    bool appendFrame(const Picture& picture, qint64 frameIndex) override;
     // No more frames. The video encoder drains before any sound is encoded, so the file holds the
     // video first and the sound after it.
-    void finishVideo();
+    void finishVideo() override;
     // Interleaved float stereo at 44.1 kHz starting at startFrame / 44100 s. Holes between chunks
     // are filled with silence and overlaps dropped, so the track stays continuous.
-    bool appendAudio(const float* interleaved, int frames, qint64 startFrame);
+    bool appendAudio(const float* interleaved, int frames, qint64 startFrame) override;
     // Drains both encoders, writes the index and closes the file. False with the first failure of
     // the whole run (encoder, muxer or disk) in `error`.
-    bool finish(QString& error);
+    bool finish(QString& error) override;
     // From any thread: wakes a waiting appendFrame, stops the encoder thread after the frame it is
     // on and closes the file. Every later call fails.
-    void cancel();
+    void cancel() override;
 
     // Distinct pictures converted to the encoder's pixel format so far.
     int convertedPictures() const { return converted.load(); }
