@@ -174,6 +174,7 @@ ExportResult VideoExporter::exportMovie(const ExportRequest& request, const std:
     settings.height = request.height;
     settings.format = request.containerFormat;
     settings.withAudio = !request.audioTracks.isEmpty();
+    settings.moving = request.movesPictures();
     settings.preset = request.encoderPreset;
     settings.params = request.encoderParams;
     ExportError openError;
@@ -253,7 +254,7 @@ ExportResult VideoExporter::render(Run& run)
     const FramePlan& plan = run.plan;
     const int n = plan.imageCount;
     const bool kenBurns = request.transitionType == TransitionType::kenBurns;
-    const bool targetsKnown = kenBurns && request.kenBurnsTargets.size() >= n;
+    const bool targetsKnown = request.movesPictures();
 
     // Decodes, fits and frames one picture; the picture of a transition's far side is kept as the
     // next still.

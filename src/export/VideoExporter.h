@@ -34,8 +34,14 @@ struct ExportRequest {
     QColor background = Qt::black;
     // One per picture, drawn before the export starts; empty unless the transition is Ken Burns.
     QList<KenBurnsTargetState> kenBurnsTargets;
-    QString encoderPreset; // empty: the writer's default
-    QString encoderParams; // empty: the writer's default
+    QString encoderPreset; // empty: the writer's own tuning
+    QString encoderParams; // with a given preset
+
+    // Ken Burns with a target for every picture: the only way frames move.
+    bool movesPictures() const
+    {
+        return transitionType == TransitionType::kenBurns && kenBurnsTargets.size() >= images.size();
+    }
 };
 
 enum class ExportOutcome { completed, cancelled, failed };

@@ -48,15 +48,13 @@ bool isQtPixelLayout(QImage::Format format)
 
 void VideoWriter::FrameFree::operator()(AVFrame* frame) const { av_frame_free(&frame); }
 
-QString VideoWriter::defaultPreset(ContainerFormat format)
+VideoWriter::Tuning VideoWriter::defaultTuning(ContainerFormat format, bool moving)
 {
-    return format == ContainerFormat::mov ? QStringLiteral("fast") : QStringLiteral("faster");
-}
-
-QString VideoWriter::defaultParams(ContainerFormat format)
-{
-    // x265 reports its settings on standard error unless told otherwise.
-    return format == ContainerFormat::mov ? QStringLiteral("log-level=error") : QString();
+    if (format == ContainerFormat::mov)
+        return {QStringLiteral("faster"), {}};
+    if (moving)
+        return {QStringLiteral("superfast"), {}};
+    return {QStringLiteral("faster"), QStringLiteral("subme=1")};
 }
 
 VideoWriter::VideoWriter(const VideoWriterSettings& settings) : settings(settings) {}
@@ -143,11 +141,16 @@ bool VideoWriter::addVideoStream(QString& detail)
     if (settings.format == ContainerFormat::mov)
         videoCodec->codec_tag = MKTAG('h', 'v', 'c', '1');
 
-    const QByteArray preset = (settings.preset.isEmpty() ? defaultPreset(settings.format) : settings.preset).toUtf8();
+    const Tuning tuning = defaultTuning(settings.format, settings.moving);
+    const bool ownTuning = settings.preset.isEmpty();
+    const QByteArray preset = (ownTuning ? tuning.preset : settings.preset).toUtf8();
+    QByteArray params = (ownTuning ? tuning.params : settings.params).toUtf8();
     int result = av_opt_set(videoCodec->priv_data, "preset", preset.constData(), 0);
     if (result >= 0)
         result = av_opt_set(videoCodec->priv_data, "profile", choice.profile, 0);
-    const QByteArray params = (settings.params.isEmpty() ? defaultParams(settings.format) : settings.params).toUtf8();
+    // x265 reports its settings on standard error unless told otherwise.
+    if (settings.format == ContainerFormat::mov)
+        params = params.isEmpty() ? QByteArray("log-level=error") : "log-level=error:" + params;
     if (result >= 0 && !params.isEmpty())
         result =
             av_opt_set(videoCodec->priv_data, settings.format == ContainerFormat::mov ? "x265-params" : "x264-params",

@@ -33,8 +33,9 @@ struct VideoWriterSettings {
     // tagged 'hvc1' so that QuickTime-minded players take it.
     ContainerFormat format = ContainerFormat::mp4;
     bool withAudio = false; // AAC, 44.1 kHz stereo, 128 kbit/s
-    QString preset = {};    // the encoder's preset; empty takes defaultPreset(format)
-    QString params = {};    // x264-params / x265-params on top of the preset; empty takes defaultParams(format)
+    bool moving = false;    // every frame differs (Ken Burns): the encoder is tuned for motion
+    QString preset = {};    // the encoder's preset; empty takes defaultTuning()'s preset and params
+    QString params = {};    // x264-params / x265-params on top of a given preset
     int queueCapacity = 3;  // frames waiting for the encoder thread
 };
 
@@ -70,11 +71,20 @@ public:
     // Streams, encoders, the file and its header. On failure nothing is returned and `error` holds
     // code 2 (an encoder), 3 (the file or its header) or 4 (the frame converter).
     static std::unique_ptr<VideoWriter> open(const VideoWriterSettings& settings, ExportError& error);
-    // Chosen by measurement (bench/run_writer.sh, two cores): x264 "faster" is within 0.3 dB SSIM
-    // of "medium" at 61 % of its time, while "veryfast" loses 3.5 dB; x265 "fast" takes 76 % of
-    // "medium"'s time for 0.4 dB less, which a long 4K export is worth.
-    static QString defaultPreset(ContainerFormat format);
-    static QString defaultParams(ContainerFormat format);
+    // The encoder's preset and its parameters on top, chosen by measurement (bench/run_presets.sh,
+    // two cores, 50 and 60 Mbit/s):
+    //  - still pictures and dissolves in H.264: "faster" with the simplest sub-pixel search
+    //    (subme=1) beats "medium" in time (39 %) and matches it in SSIM: nothing moves, so the
+    //    search only costs; turning trellis off instead loses 2.5 dB on the stills.
+    //  - moving pictures (Ken Burns) in H.264: "superfast" takes 40 % of "faster"'s time for
+    //    1 dB less SSIM, where the eye forgives most; "ultrafast" loses 3.3 dB.
+    //  - HEVC: "faster" equals "medium" in SSIM at 54 % of its time; "fast" gains 0.13 dB for
+    //    a third more time.
+    struct Tuning {
+        QString preset;
+        QString params; // x264-params or x265-params
+    };
+    static Tuning defaultTuning(ContainerFormat format, bool moving);
 
     ~VideoWriter() override;
     VideoWriter(const VideoWriter&) = delete;

@@ -109,6 +109,12 @@ TEST(VideoExporter, KenBurnsInMovAndFailuresThatKeepTheEarlierMovie)
     EXPECT_EQ(facts[0].decodedFrames, 34);
     EXPECT_TRUE(e.log.contains(LogLevel::Info, QStringLiteral("Codec: ProRes422, Container: MOV")));
     EXPECT_TRUE(e.log.contains(LogLevel::Info, QStringLiteral("Created Ken Burns target states for 2 images")));
+    // Moving frames get a faster encoder tuning, still within the High profile an mp4 promises.
+    ExportRequest inMp4 = r;
+    inMp4.containerFormat = ContainerFormat::mp4;
+    inMp4.outputPath = e.dir.filePath(QStringLiteral("movie.mp4"));
+    ASSERT_EQ(e.run(inMp4).outcome, ExportOutcome::completed);
+    EXPECT_EQ(probe(inMp4.outputPath).at(0).profile, FF_PROFILE_H264_HIGH);
     const qint64 earlier = QFileInfo(r.outputPath).size();
 
     // The disk fills up part way: the earlier movie stays, and nothing is left behind.

@@ -1,0 +1,41 @@
+#!/usr/bin/env bash
+# The encoder tunings of the movie export by time and quality, on the exporter's own frames:
+# four 24-megapixel photos, 5 s each, exported as still pictures with fades and as Ken Burns at
+# 1080p (H.264, 50 Mbit/s), and with fades at 4K (HEVC, 60 Mbit/s). Quality is the SSIM of each
+# movie against the same frames uncompressed (the exporter's raw output converted as the writer
+# converts it: BT.709, video range, bicubic chroma), by ffmpeg's ssim filter.
+# Usage: bench/run_presets.sh   (after bench/run_thumbnails.sh has made the corpus)
+set -euo pipefail
+cd "$(dirname "$0")/.."
+source bench/bench_lib.sh
+buildBench export_bench
+bench=build-bench/bench/export_bench
+export QT_QPA_PLATFORM=offscreen
+mapfile -t photos < <(ls "$corpus"/big/*.jpg | head -n 4)
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+# tunings <fade|kenburns> <width> <height> <mp4|mov> <preset> <params> [<preset> <params>]...
+tunings() {
+  local kind=$1 w=$2 h=$3 ext=$4
+  shift 4
+  rm -f "$work/fifo"
+  mkfifo "$work/fifo"
+  ffmpeg -v error -y -f rawvideo -pix_fmt bgra -s "${w}x$h" -r 30 -i "$work/fifo" \
+    -vf "scale=flags=bicubic:out_color_matrix=bt709:out_range=tv,format=yuv420p" -c:v ffv1 "$work/frames.mkv" &
+  "$bench" --raw="$work/fifo" "$work/raw.$ext" "$w" "$h" 5 "$kind" - "${photos[@]}" >/dev/null
+  wait
+  while [ $# -ge 2 ]; do
+    local preset=$1 params=$2 figures ssim
+    shift 2
+    figures=$("$bench" --preset="$preset" --params="$params" "$work/movie.$ext" "$w" "$h" 5 "$kind" - "${photos[@]}")
+    ssim=$(ffmpeg -nostats -i "$work/movie.$ext" -i "$work/frames.mkv" -lavfi "[0:v][1:v]ssim" -f null - 2>&1 |
+      sed -n 's/.*All:\([0-9.]*\) (\([0-9.]*\)).*/\1 (\2 dB)/p' | tail -n 1)
+    echo "$kind ${w}x$h $ext $preset${params:+ $params}: $figures, SSIM $ssim"
+  done
+  rm -f "$work"/movie.* "$work/frames.mkv"
+}
+
+tunings fade 1920 1080 mp4 medium "" faster "" faster trellis=0 faster subme=1 veryfast ""
+tunings kenburns 1920 1080 mp4 faster "" veryfast "" superfast "" ultrafast ""
+tunings fade 3840 2160 mov medium "" fast "" faster "" veryfast ""
