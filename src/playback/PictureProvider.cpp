@@ -26,10 +26,14 @@ public:
     }
 
     // From the decoding thread, or from whoever withdrew the job; exactly once either way.
+    // finished() is sent from the response's own thread: the engine deletes the response as
+    // soon as it hears of it, which could be while an emit from another thread is still
+    // unwinding. A response deleted first drops the queued call.
     void deliver(const QImage& result)
     {
         image = result;
-        Q_EMIT finished();
+        QMetaObject::invokeMethod(
+            this, [this] { Q_EMIT finished(); }, Qt::QueuedConnection);
     }
 
     std::weak_ptr<DecodeQueue> decodes;
