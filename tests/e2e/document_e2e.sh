@@ -9,27 +9,8 @@ source "$(dirname "$0")/e2e_lib.sh"
 mkdir -p "$work/pictures"
 convert -size 400x300 xc:red "$work/pictures/red.png"
 convert -size 400x300 xc:blue "$work/pictures/blue.png"
-document() { # <file> <picture>...
-  local out=$1 images="" sep=""
-  shift
-  for p in "$@"; do
-    images+="$sep{\"id\": \"$(cat /proc/sys/kernel/random/uuid)\", \"filename\": \"$p.png\", \"isGIF\": false,"
-    images+=" \"originalPath\": \"$work/pictures/$p.png\"}"
-    sep=", "
-  done
-  cat >"$out" <<JSON
-{"version": "1.0",
- "metadata": {"createdDate": "2026-01-31T09:15:02Z", "appVersion": "1.0", "totalImages": $#,
-              "totalAudioTracks": 0, "createdBy": "Tallowbrook for Linux"},
- "settings": {"slideshowDelay": 3, "gridOptionRaw": 0, "randomOrder": false, "loopSlideshow": false,
-              "transitionType": "-", "imageScalingMode": "Best Fit (no upscaling)", "selectedDisplayID": 0,
-              "selectedSortOption": "-"},
- "images": [$images], "audioTracks": [],
- "audioSettings": {"volume": 0.5, "isLooping": true, "currentTrackIndex": 0}}
-JSON
-}
-document "$work/Trip.slideshow" red blue
-document "$work/Second.slideshow" blue
+writeDocument "$work/Trip.slideshow" 3 false red blue
+writeDocument "$work/Second.slideshow" 3 false blue
 
 cd "$work"
 startProgram Trip.slideshow

@@ -59,3 +59,26 @@ addThroughDialog() {
   xdotool key Return
   waitFor "grep -q 'Total photos added: $3' '$log'" || fail "the files did not reach the queue"
 }
+
+# writeDocument <file> <delay in s> <loop: true|false> <name>...: a slideshow document of the
+# pictures $work/pictures/<name>.png, in that order.
+writeDocument() {
+  local out=$1 delay=$2 loop=$3 images="" sep="" count
+  shift 3
+  count=$#
+  for p in "$@"; do
+    images+="$sep{\"id\": \"$(cat /proc/sys/kernel/random/uuid)\", \"filename\": \"$p.png\", \"isGIF\": false,"
+    images+=" \"originalPath\": \"$work/pictures/$p.png\"}"
+    sep=", "
+  done
+  cat >"$out" <<JSON
+{"version": "1.0",
+ "metadata": {"createdDate": "2026-01-31T09:15:02Z", "appVersion": "1.0", "totalImages": $count,
+              "totalAudioTracks": 0, "createdBy": "Tallowbrook for Linux"},
+ "settings": {"slideshowDelay": $delay, "gridOptionRaw": 0, "randomOrder": false, "loopSlideshow": $loop,
+              "transitionType": "-", "imageScalingMode": "Best Fit (no upscaling)", "selectedDisplayID": 0,
+              "selectedSortOption": "-"},
+ "images": [$images], "audioTracks": [],
+ "audioSettings": {"volume": 0.5, "isLooping": true, "currentTrackIndex": 0}}
+JSON
+}

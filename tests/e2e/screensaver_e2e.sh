@@ -13,24 +13,11 @@ playerUp() { [ -n "$(windowNamed "Tallowbrook Slideshow")" ]; }
 # Nothing in the set-up may be input to the X server: its idle time counts from its start.
 mkdir -p "$work/pictures" "$XDG_CONFIG_HOME/Tallowbrook"
 colours=(red lime blue)
-images="" sep=""
 for c in "${colours[@]}"; do
   convert -size 640x480 "xc:$c" "$work/pictures/$c.png"
-  images+="$sep{\"id\": \"$(cat /proc/sys/kernel/random/uuid)\", \"filename\": \"$c.png\", \"isGIF\": false,"
-  images+=" \"originalPath\": \"$work/pictures/$c.png\"}"
-  sep=", "
 done
 # A long delay and a loop keep the show on screen for as long as the test looks at it.
-cat >"$work/Idle.slideshow" <<JSON
-{"version": "1.0",
- "metadata": {"createdDate": "2026-01-31T09:15:02Z", "appVersion": "1.0", "totalImages": 3,
-              "totalAudioTracks": 0, "createdBy": "Tallowbrook for Linux"},
- "settings": {"slideshowDelay": 60, "gridOptionRaw": 0, "randomOrder": false, "loopSlideshow": true,
-              "transitionType": "-", "imageScalingMode": "Best Fit (no upscaling)", "selectedDisplayID": 0,
-              "selectedSortOption": "-"},
- "images": [$images], "audioTracks": [],
- "audioSettings": {"volume": 0.5, "isLooping": true, "currentTrackIndex": 0}}
-JSON
+writeDocument "$work/Idle.slideshow" 60 true "${colours[@]}"
 printf '[General]\nscreensaverIdleMinutes=1\n' >"$XDG_CONFIG_HOME/Tallowbrook/Tallowbrook.conf"
 
 # A session bus of its own, on which neither GNOME's idle monitor nor a freedesktop screen saver
