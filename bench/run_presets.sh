@@ -37,5 +37,6 @@ tunings() {
 }
 
 tunings fade 1920 1080 mp4 medium "" faster "" faster trellis=0 faster subme=1 veryfast ""
-tunings kenburns 1920 1080 mp4 faster "" veryfast "" superfast "" ultrafast ""
-tunings fade 3840 2160 mov medium "" fast "" faster "" veryfast ""
+tunings kenburns 1920 1080 mp4 faster "" veryfast "" superfast "" ultrafast "" \
+  ultrafast 8x8dct=1:aq-mode=1:subme=1:bframes=3:deblock=0,0
+tunings fade 3840 2160 mov medium "" fast "" faster "" veryfast "" faster limit-sao=1 faster limit-sao=1:psy-rd=0

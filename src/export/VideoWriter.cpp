@@ -51,9 +51,9 @@ void VideoWriter::FrameFree::operator()(AVFrame* frame) const { av_frame_free(&f
 VideoWriter::Tuning VideoWriter::defaultTuning(ContainerFormat format, bool moving)
 {
     if (format == ContainerFormat::mov)
-        return {QStringLiteral("faster"), {}};
+        return {QStringLiteral("faster"), QStringLiteral("limit-sao=1:psy-rd=0")};
     if (moving)
-        return {QStringLiteral("superfast"), {}};
+        return {QStringLiteral("ultrafast"), QStringLiteral("8x8dct=1:aq-mode=1:subme=1:bframes=3:deblock=0,0")};
     return {QStringLiteral("faster"), QStringLiteral("subme=1")};
 }
 
