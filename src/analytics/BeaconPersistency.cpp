@@ -81,12 +81,13 @@ void BeaconPersistency::addToQueue(const QString& queryString)
     QMutexLocker lock(&queueMutex);
     queue.append(request);
     const int limit = std::max(1, storedRequestsLimit);
-    // The request in flight is the first, and must stay until its answer; the queue is trimmed at
-    // the next add after it.
+    // The request in flight is the first, and must stay until its answer. Later adds drop one
+    // request each, so what came in meanwhile keeps the queue above the limit: the oldest
+    // requests are the last to be given up.
     if (queue.size() <= limit || requestInFlight())
         return;
     queue.removeIf([this](const QString& queued) { return isOldRequest(queued); });
-    while (queue.size() > limit)
+    if (queue.size() > limit)
         queue.removeFirst();
 }
 

@@ -1,12 +1,15 @@
 #include "TallowbrookApp.h"
 
 #include "ContentView.h"
+#include "core/Logger.h"
+#include "core/Version.h"
 #include "playback/PlayerWindow.h"
 
 #include <QApplication>
 #include <QDir>
 #include <QGuiApplication>
 #include <QScreen>
+#include <QStandardPaths>
 #include <QUrl>
 
 namespace tb {
@@ -31,11 +34,24 @@ QList<QUrl> urlsFromArguments(const QStringList& arguments)
     return urls;
 }
 
+BeaconScreen primaryScreen()
+{
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    return screen ? BeaconScreen{screen->geometry().size(), screen->devicePixelRatio()} : BeaconScreen{};
+}
+
+// The key the program identifies itself with to its analytics server.
+constexpr char analyticsAppKey[] = "7c3e91ab24d05f6e8b1a4d2c9f07e36b51c8d4a0";
+
 } // namespace
 
 // The delegate, and with it the updater, is made first.
 TallowbrookApp::TallowbrookApp()
-    : documents(std::make_unique<SlideshowLoadService>(analytics)),
+    : analytics({scheduler, [] { return QDateTime::currentDateTime(); }, settings,
+                 QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QLatin1Char('/') +
+                     QLatin1String(appIdentifier),
+                 QLatin1String(appVersion), primaryScreen(), analyticsRandom}),
+      documents(std::make_unique<SlideshowLoadService>(analytics)),
       pictures(std::make_unique<PictureService>(largestScreen(), &fileSystems, &processMemory, &sharedThumbnails)),
       delegate(analytics, settings, commands, *documents, scheduler, dialogs),
       appServices{settings,         scheduler,      random,       analytics,      revealer,
@@ -72,6 +88,7 @@ bool TallowbrookApp::start(const QStringList& arguments)
     PlayerWindow::chooseRenderer();
 
     // Analytics starts before any window.
+    startAnalytics();
     analytics.beginSession();
 
     auto* window = new ContentView(appServices);
@@ -95,6 +112,31 @@ bool TallowbrookApp::start(const QStringList& arguments)
         QMetaObject::invokeMethod(
             &delegate, [this, urls] { delegate.openUrls(urls); }, Qt::QueuedConnection);
     return true;
+}
+
+void TallowbrookApp::startAnalytics()
+{
+    const QString server = settings.value(Settings::analyticsServerURL).trimmed();
+    if (server.isEmpty()) {
+        logInfo(QStringLiteral("No analytics server is set (analyticsServerURL): usage is not reported."));
+        return;
+    }
+    BeaconConfig config;
+    config.host = server;
+    config.appKey = QLatin1String(analyticsAppKey);
+    config.features = {QLatin1String(BCNCrashReporting)};
+    config.updateSessionPeriod = 60.0;
+    config.eventSendThreshold = 3;
+    config.enableDebug = false;
+    try {
+        analytics.startWithConfig(config);
+    } catch (const std::exception& error) {
+        logError(QStringLiteral("Analytics could not start: ") + QString::fromUtf8(error.what()));
+        return;
+    }
+    // The client keeps what it cannot deliver and sends it at the next start.
+    QObject::connect(qApp, &QCoreApplication::aboutToQuit, &analytics, &Beacon::applicationWillTerminate);
+    logInfo(QStringLiteral("Analytics device ID: ") + settings.value(Settings::beaconStoredDeviceID));
 }
 
 void TallowbrookApp::activateSomeWindow()

