@@ -17,6 +17,8 @@ startProgram
 waitFor '[ -n "$(windowNamed Tallowbrook)" ]' || fail "no main window"
 waitFor "grep -q 'Initializing view' '$log'" || fail "the main window did not appear"
 main=$(windowNamed Tallowbrook)
+grep -q "No analytics server is set (analyticsServerURL): usage is not reported." "$log" ||
+  fail "no line about the unset analytics server"
 # "Select files or folders" holds the focus when the window opens; the file name field has the
 # focus in the dialog: go to the folder, then pick the three files.
 addThroughDialog "$work/pictures" '"a.png" "b.png" "c.png"' 3
