@@ -27,6 +27,8 @@ PACKAGES=(
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   xvfb xauth x11-apps x11-utils xdotool imagemagick ffmpeg fonts-dejavu-core
   dbus-daemon dbus-session-bus-common
+  # gdbus, the media-player test's remote
+  libglib2.0-bin
 )
 
 missing=()

@@ -70,6 +70,8 @@ GridView::GridView(std::shared_ptr<Queue> queue, GridConfiguration configuration
     // What the window shows is known before it loads, so its first frame is already right.
     background = services.settings.loadColor(Settings::backgroundColorData, Qt::black);
     connect(&services.manager, &SlideshowManager::isSlideshowRunningChanged, this, &GridView::onRunningChanged);
+    connect(this, &GridView::cellsChanged, this, &ShowPlayer::nowPlayingChanged);
+    connect(this, &GridView::pausedChanged, this, &ShowPlayer::nowPlayingChanged);
     // A cell shows whatever item its index names now.
     for (auto signal : {&Queue::rowsInserted, &Queue::rowsRemoved, &Queue::rowMoved})
         connect(this->queue.get(), signal, this, &GridView::cellsChanged);
@@ -81,6 +83,12 @@ GridView::~GridView() { services.scheduler.cancel(timer); }
 QUrl GridView::scene() const { return QUrl(QStringLiteral("qrc:/tallowbrook/playback/qml/GridPlayer.qml")); }
 
 int GridView::count() const { return int(queue->size()); }
+
+const IdentifiableImage* GridView::featuredItem() const
+{
+    const int index = featured < current.size() ? current[featured] : -1;
+    return index >= 0 && index < queue->size() ? &queue->at(index) : nullptr;
+}
 
 bool GridView::isTicking() const { return services.scheduler.isPending(timer); }
 
@@ -211,6 +219,7 @@ void GridView::updateOneCell()
     const int picked = available[qsizetype(services.random.bounded(quint64(available.size())))];
     const int old = current[position];
     current[position] = picked;
+    featured = position;
     displayed.insert(picked);
     updated.insert(position);
     Q_EMIT cellsChanged();
@@ -234,6 +243,7 @@ void GridView::updateAllCells()
         displayed.insert(picked);
     }
     updated = setOf(allIndices(cellCount));
+    featured = 0;
     Q_EMIT cellsChanged();
     printLine(QStringLiteral("Grid sync update: All %1 cells updated").arg(cellCount));
     printProgress();
@@ -281,7 +291,14 @@ void GridView::saveGridState()
 
 void GridView::restoreGridState()
 {
+    const QList<int> before = current;
     current = history[historyAt];
+    for (int cell = 0; cell < current.size(); ++cell) {
+        if (cell >= before.size() || before[cell] != current[cell]) {
+            featured = cell;
+            break;
+        }
+    }
     displayed = displayedHistory[historyAt];
     updated = updatedHistory[historyAt];
     Q_EMIT cellsChanged();
@@ -352,13 +369,13 @@ void GridView::handleKey(int key)
             stopSlideshow();
             break;
         case Qt::Key_Space:
-            paused ? resumeSlideshow() : pauseSlideshow();
+            togglePause();
             break;
         case Qt::Key_Right:
-            goForwardInGrid();
+            stepForward();
             break;
         case Qt::Key_Left:
-            goBackInGrid();
+            stepBack();
             break;
         default:
             break;
@@ -376,6 +393,7 @@ void GridView::stopSlideshow()
         return;
     hasStopped = true;
     logInfo(QStringLiteral("[GridView Slideshow] stopSlideshow() method executed"));
+    Q_EMIT nowPlayingChanged();
     if (services.audio.trackCount() > 0) {
         // Paused, not stopped: the playlist goes on from here at the next show.
         services.audio.pausePlayer();

@@ -78,20 +78,25 @@ public:
 
     void goForwardInGrid();
     void goBackInGrid();
-    void pauseSlideshow();
-    void resumeSlideshow();
+    void stepForward() override { goForwardInGrid(); }
+    void stepBack() override { goBackInGrid(); }
+    void pauseSlideshow() override;
+    void resumeSlideshow() override;
     // Ends the show, once.
-    void stopSlideshow();
+    void stopSlideshow() override;
+    // The picture of the cell that changed last; when several changed at once (the first grid, a
+    // tick in sync, a step through the history), the first of them in reading order.
+    const IdentifiableImage* featuredItem() const override;
 
     int rows() const { return config.rows; }
     int columns() const { return config.columns; }
     int cells() const { return config.rows * config.columns; }
     QColor backgroundColor() const { return background; }
     QStringList cellSources() const;
-    bool isPaused() const { return paused; }
+    bool isPaused() const override { return paused; }
     bool showPauseInfo() const { return indicators.showPauseInfo(); }
     bool showResumeInfo() const { return indicators.showResumeInfo(); }
-    bool hasStoppedSlideshow() const { return hasStopped; }
+    bool hasStoppedSlideshow() const override { return hasStopped; }
 
     const QList<int>& currentIndices() const { return current; }
     const QSet<int>& allDisplayedImages() const { return displayed; }
@@ -144,6 +149,7 @@ private:
     QList<QSet<int>> displayedHistory;
     QList<QSet<int>> updatedHistory;
     int historyAt = -1;
+    int featured = 0;
     TaskId timer = 0;
     bool paused = false;
     bool hasStopped = false;

@@ -38,6 +38,8 @@ SlideshowView::SlideshowView(std::shared_ptr<Queue> queue, SlideshowConfiguratio
       indicators(services.scheduler, [this] { Q_EMIT indicatorsChanged(); })
 {
     connect(&services.manager, &SlideshowManager::isSlideshowRunningChanged, this, &SlideshowView::onRunningChanged);
+    connect(this, &SlideshowView::currentIndexChanged, this, &ShowPlayer::nowPlayingChanged);
+    connect(this, &SlideshowView::pausedChanged, this, &ShowPlayer::nowPlayingChanged);
     folderMonitor = std::make_unique<LiveFolder>(
         *this->queue, services.scheduler, services.folderWatchers,
         LiveFolder::Hooks{[this](const QList<IdentifiableImage>& items) { addLiveItems(items); },
@@ -293,17 +295,17 @@ void SlideshowView::handleKey(int key)
     switch (key) {
     case Qt::Key_Space:
         logInfo(QStringLiteral("Spacebar pressed"));
-        paused ? resumeSlideshow() : pauseSlideshow();
+        togglePause();
         break;
     case Qt::Key_Escape:
         logInfo(QStringLiteral("ESC key pressed."));
         stopSlideshow();
         break;
     case Qt::Key_Right:
-        goForwardByArrow();
+        stepForward();
         break;
     case Qt::Key_Left:
-        goBackByArrow();
+        stepBack();
         break;
     case Qt::Key_T:
         timerShown = !timerShown;
@@ -417,6 +419,7 @@ void SlideshowView::stopSlideshow()
         return;
     hasStopped = true;
     logInfo(QStringLiteral("stopSlideshow() method executed"));
+    Q_EMIT nowPlayingChanged();
     if (services.audio.trackCount() > 0) {
         services.audio.pausePlayer();
         logInfo(QStringLiteral("Audio playback paused"));

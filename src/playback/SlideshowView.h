@@ -116,18 +116,22 @@ public:
     // A clip's view went away with its slide.
     Q_INVOKABLE void onVideoDismantled();
 
-    void pauseSlideshow();
-    void resumeSlideshow();
+    void pauseSlideshow() override;
+    void resumeSlideshow() override;
     // The arrow wrapper: the step, then a full delay for the new item.
     void goForwardByArrow();
     void goBackByArrow();
+    void stepForward() override { goForwardByArrow(); }
+    void stepBack() override { goBackByArrow(); }
     // Ends the show, once.
-    void stopSlideshow();
+    void stopSlideshow() override;
+    // The item on screen.
+    const IdentifiableImage* featuredItem() const override { return itemAt(order.current()); }
 
     int currentIndex() const { return order.current(); }
     QUrl currentUrl() const;
     double remainingTime() const { return countdown.remaining(); }
-    bool isPaused() const { return paused; }
+    bool isPaused() const override { return paused; }
     bool showPauseInfo() const { return indicators.showPauseInfo(); }
     bool showResumeInfo() const { return indicators.showResumeInfo(); }
     QColor backgroundColor() const { return background; }
@@ -144,7 +148,7 @@ public:
     bool isVideoPlaying() const { return videoPlaying; }
     bool clipsLoop() const { return config.isManualMode; }
     bool muteVideoAudio() const { return muted; }
-    bool hasStoppedSlideshow() const { return hasStopped; }
+    bool hasStoppedSlideshow() const override { return hasStopped; }
     const QList<int>& shuffledIndices() const { return order.shuffledIndices(); }
     int shuffledIndex() const { return order.shuffledIndex(); }
     const QList<int>& viewHistory() const { return history.entries(); }

@@ -10,6 +10,7 @@ class FileRevealer;
 class FileSystems;
 class FolderWatchers;
 class IdleWatching;
+class MediaRemote;
 class MetadataService;
 class PictureService;
 class ProcessMemory;
@@ -43,6 +44,8 @@ struct AppServices {
     IdleWatching& idleWatcher;
     FolderWatchers& folderWatchers;
     ProcessMemory& processMemory;
+    // The running show's media keys and remote controls.
+    MediaRemote& mediaRemote;
 };
 
 } // namespace tb

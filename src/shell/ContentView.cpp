@@ -95,7 +95,7 @@ ContentView::ContentView(AppServices& services, QWidget* parent) : QMainWindow(p
         ScreenPlayerPresenter::Services{services.scheduler, services.random, services.slideshowManager, *audioManager,
                                         services.pictures, services.sleepInhibitor, services.settings,
                                         services.displays, services.fileRevealer, services.metadata,
-                                        services.folderWatchers},
+                                        services.folderWatchers, services.mediaRemote},
         this);
     sessionControl = std::make_unique<SessionControl>(
         items, SessionControl::Services{services.settings, services.slideshowManager, *audioManager, services.analytics,

@@ -4,6 +4,7 @@
 #include "media/PictureClient.h"
 #include "modes/DisplayManager.h"
 #include "playback/GridView.h"
+#include "playback/MediaRemoteLink.h"
 #include "playback/PictureProvider.h"
 #include "playback/PlayerWindow.h"
 #include "playback/SlideshowView.h"
@@ -76,6 +77,8 @@ void ScreenPlayerPresenter::present(const ShowRequest& request, std::shared_ptr<
     window->hideIdleCursor(services.scheduler);
     window->present();
     player->onAppear();
+    // Media keys and the desktop's media applets reach the show while it runs; the player owns it.
+    new MediaRemoteLink(*player, services.remote);
 }
 
 } // namespace tb

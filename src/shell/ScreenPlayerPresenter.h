@@ -13,6 +13,7 @@ namespace tb {
 class DisplayManager;
 class FileRevealer;
 class FolderWatchers;
+class MediaRemote;
 class MetadataService;
 class PictureService;
 class RandomSource;
@@ -39,6 +40,7 @@ public:
         FileRevealer& revealer;
         MetadataService& metadata;
         FolderWatchers& folderWatchers;
+        MediaRemote& remote;
     };
 
     ScreenPlayerPresenter(Services services, QWidget* mainWindow);

@@ -54,10 +54,10 @@ TallowbrookApp::TallowbrookApp()
       documents(std::make_unique<SlideshowLoadService>(analytics)),
       pictures(std::make_unique<PictureService>(largestScreen(), &fileSystems, &processMemory, &sharedThumbnails)),
       delegate(analytics, settings, commands, *documents, scheduler, dialogs),
-      appServices{settings,         scheduler,      random,       analytics,      revealer,
-                  fileSystems,      dialogs,        commands,     metadata,       delegate.updaterControllerWrapper(),
-                  slideshowManager, audioPlayers,   *pictures,    sleepInhibitor, displays,
-                  idleWatcher,      folderWatchers, processMemory},
+      appServices{settings,         scheduler,      random,        analytics,      revealer,
+                  fileSystems,      dialogs,        commands,      metadata,       delegate.updaterControllerWrapper(),
+                  slideshowManager, audioPlayers,   *pictures,     sleepInhibitor, displays,
+                  idleWatcher,      folderWatchers, processMemory, mediaRemote},
       instance(SingleInstance::defaultServerName())
 {
     // The setting is read here, once and at each change: decoding threads never touch the store.

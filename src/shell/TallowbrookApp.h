@@ -22,6 +22,7 @@
 #include "platform/LinuxFileRevealer.h"
 #include "platform/LinuxFileSystems.h"
 #include "platform/LinuxProcessMemory.h"
+#include "platform/MprisPlayer.h"
 #include "platform/QtFolderWatchers.h"
 #include "platform/X11IdleTimeSource.h"
 #include "playback/SlideshowManager.h"
@@ -69,6 +70,7 @@ private:
     SharedThumbnails sharedThumbnails;
     std::unique_ptr<PictureService> pictures;
     DBusSleepInhibitor sleepInhibitor;
+    MprisPlayer mediaRemote;
     DisplayManager displays;
     DBusIdleTimeSource desktopIdleTime;
     X11IdleTimeSource x11IdleTime;

@@ -67,9 +67,10 @@ struct ShellFixture : ::testing::Test {
     FakeFileSystems fileSystems;
     FakeFolderWatchers folderWatchers;
     LinuxProcessMemory processMemory;
-    AppServices services{settings, scheduler, random,   analytics,   revealer,         fileSystems,
-                         dialogs,  commands,  metadata, updater,     slideshowManager, audioPlayers,
-                         pictures, inhibitor, displays, idleWatcher, folderWatchers,   processMemory};
+    RecordingMediaRemote mediaRemote;
+    AppServices services{settings, scheduler,   random,         analytics,        revealer,     fileSystems, dialogs,
+                         commands, metadata,    updater,        slideshowManager, audioPlayers, pictures,    inhibitor,
+                         displays, idleWatcher, folderWatchers, processMemory,    mediaRemote};
     std::vector<std::unique_ptr<ContentView>> windows;
 
     // A window that has not appeared yet: it subscribes to commands when shown.

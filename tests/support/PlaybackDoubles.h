@@ -4,6 +4,7 @@
 #include "core/FileRevealer.h"
 #include "core/FileSystems.h"
 #include "core/FolderWatchers.h"
+#include "core/MediaRemote.h"
 #include "core/RandomSource.h"
 #include "core/SleepInhibitor.h"
 #include "media/PictureCaches.h"
@@ -178,6 +179,36 @@ private:
         FakeFolderWatchers& owner;
     };
     std::function<void()> report;
+};
+
+// A remote control that keeps what a show tells it; `press` is a button, dead once withdrawn.
+class RecordingMediaRemote final : public MediaRemote {
+public:
+    void setStatus(Status value) override { status = value; }
+    void setItem(const std::optional<Item>& value) override { item = value; }
+    void offer(CommandHandler commands) override
+    {
+        handler = std::move(commands);
+        ++offers;
+    }
+    void withdraw() override
+    {
+        handler = nullptr;
+        ++withdrawals;
+    }
+    void press(Command command) const
+    {
+        if (handler) {
+            const CommandHandler run = handler; // the command may withdraw it
+            run(command);
+        }
+    }
+    bool isOffered() const { return bool(handler); }
+    Status status = Status::stopped;
+    std::optional<Item> item;
+    CommandHandler handler;
+    int offers = 0;
+    int withdrawals = 0;
 };
 
 class SeededRandom final : public RandomSource {
