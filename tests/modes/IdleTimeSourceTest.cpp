@@ -1,18 +1,19 @@
 #include "core/IdleTimeChain.h"
 #include "platform/DBusIdleTimeSource.h"
 #include "platform/X11IdleTimeSource.h"
+#include "support/PrivateDBusDaemon.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
 #include <QElapsedTimer>
-#include <QProcess>
 #include <QTest>
 #include <QThread>
 
 #include <gtest/gtest.h>
 
 using namespace tb;
+using tb::test::PrivateDBusDaemon;
 
 namespace {
 
@@ -47,19 +48,17 @@ private:
 // A private session bus; each fake service has a connection of its own and answers from a thread
 // of its own, since the source blocks the thread that asks.
 struct PrivateBus : ::testing::Test {
-    QProcess daemon;
+    PrivateDBusDaemon bus;
     QString address;
     QThread serviceThread;
     QList<FakeIdleService*> services;
 
     void SetUp() override
     {
-        daemon.start(QStringLiteral("dbus-daemon"),
-                     {QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--print-address=1")});
-        if (!daemon.waitForStarted(5000))
+        if (!bus.launch())
             GTEST_SKIP() << "dbus-daemon is not installed";
-        ASSERT_TRUE(daemon.waitForReadyRead(5000));
-        address = QString::fromUtf8(daemon.readLine()).trimmed();
+        address = bus.waitForAddress();
+        ASSERT_FALSE(address.isEmpty());
         serviceThread.start();
     }
     void TearDown() override
@@ -69,8 +68,6 @@ struct PrivateBus : ::testing::Test {
         serviceThread.quit();
         serviceThread.wait();
         qDeleteAll(services);
-        daemon.kill();
-        daemon.waitForFinished();
     }
     void serve(const char* connection, const char* name, const char* path, const char* interface, qulonglong idleMs,
                bool hangs = false)

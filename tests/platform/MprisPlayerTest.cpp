@@ -1,5 +1,6 @@
 #include "platform/MprisPlayer.h"
 #include "support/LogCapture.h"
+#include "support/PrivateDBusDaemon.h"
 
 #include <QCoreApplication>
 #include <QDBusArgument>
@@ -7,7 +8,6 @@
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
-#include <QProcess>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -48,19 +48,17 @@ public Q_SLOTS:
 // A private session bus, with the player on a connection of its own and the remote on another.
 // The player answers from this thread's event loop, so the remote's calls keep it running.
 struct MprisBus : ::testing::Test {
-    QProcess daemon;
+    PrivateDBusDaemon bus;
     QString address;
     std::unique_ptr<MprisPlayer> player;
     QList<Command> pressed;
 
     void SetUp() override
     {
-        daemon.start(QStringLiteral("dbus-daemon"),
-                     {QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--print-address=1")});
-        if (!daemon.waitForStarted(5000))
+        if (!bus.launch())
             GTEST_SKIP() << "dbus-daemon is not installed";
-        ASSERT_TRUE(daemon.waitForReadyRead(5000));
-        address = QString::fromUtf8(daemon.readLine()).trimmed();
+        address = bus.waitForAddress();
+        ASSERT_FALSE(address.isEmpty());
         player = std::make_unique<MprisPlayer>(QDBusConnection::connectToBus(address, QStringLiteral("player")));
     }
     void TearDown() override
@@ -68,8 +66,6 @@ struct MprisBus : ::testing::Test {
         player.reset();
         for (const QString& name : {QStringLiteral("player"), QStringLiteral("remote"), QStringLiteral("rival")})
             QDBusConnection::disconnectFromBus(name);
-        daemon.kill();
-        daemon.waitForFinished();
     }
     QDBusConnection remote() { return QDBusConnection::connectToBus(address, QStringLiteral("remote")); }
     QDBusMessage call(const QString& interface, const QString& method, const QVariantList& arguments = {})
