@@ -7,9 +7,14 @@ shots=${2:-.}
 work=$(mktemp -d)
 pid=""
 xvfb=""
+# The server is waited for: a test that ends while its server still shuts down would let the next
+# test's server take the same display number and then lose its socket to the old server's exit.
 cleanup() {
   [ -n "$pid" ] && kill "$pid" 2>/dev/null || true
-  [ -n "$xvfb" ] && kill "$xvfb" 2>/dev/null || true
+  if [ -n "$xvfb" ]; then
+    kill "$xvfb" 2>/dev/null || true
+    wait "$xvfb" 2>/dev/null || true
+  fi
   rm -rf "$work"
 }
 trap cleanup EXIT
@@ -22,6 +27,11 @@ xvfb=$!
 for _ in $(seq 1 300); do [ -s "$work/display" ] && break; sleep 0.1; done
 [ -s "$work/display" ] || { echo "e2e: FAILED: no virtual display ($(cat "$work/xvfb.txt"))"; exit 1; }
 export DISPLAY=:$(head -n 1 "$work/display")
+for _ in $(seq 1 100); do xdotool getdisplaygeometry >/dev/null 2>&1 && break; sleep 0.1; done
+xdotool getdisplaygeometry >/dev/null 2>&1 || {
+  echo "e2e: FAILED: display $DISPLAY does not answer ($(cat "$work/xvfb.txt"); $(ls -la /tmp/.X11-unix))"
+  exit 1
+}
 export XDG_DATA_HOME=$work/data XDG_CONFIG_HOME=$work/config XDG_CACHE_HOME=$work/cache XDG_RUNTIME_DIR=$work/run
 mkdir -p "$XDG_DATA_HOME" "$XDG_CONFIG_HOME" "$XDG_RUNTIME_DIR"
 chmod 700 "$XDG_RUNTIME_DIR"
@@ -35,6 +45,8 @@ fail() {
   cat "$log" 2>/dev/null || true
   echo "--- program output"
   cat "$work/out.txt" 2>/dev/null || true
+  echo "--- X server ($DISPLAY)"
+  cat "$work/xvfb.txt" 2>/dev/null || true
   exit 1
 }
 windowNamed() { xdotool search --onlyvisible --name "^$1\$" 2>/dev/null | head -n 1; }
