@@ -29,6 +29,9 @@ PACKAGES=(
   dbus-daemon dbus-session-bus-common
   # gdbus, the media-player test's remote
   libglib2.0-bin
+  # Wayland: Qt's platform plugin, and a headless compositor and the accessibility tree for the
+  # end-to-end test that runs there (ss and pgrep look for X connections)
+  qt6-wayland weston at-spi2-core python3-gi gir1.2-atspi-2.0 iproute2 procps
 )
 
 missing=()

@@ -85,6 +85,9 @@ bool TallowbrookApp::start(const QStringList& arguments)
     // log file alone.
     if (instance.forwardToRunningInstance(paths))
         return false;
+    // Qt picks the platform from the session (Wayland where WAYLAND_DISPLAY is set, else X11);
+    // the log says which, since placing windows and reading the pointer differ between them.
+    logInfo(QStringLiteral("Windowing system: ") + QGuiApplication::platformName());
     PlayerWindow::chooseRenderer();
 
     // Analytics starts before any window.

@@ -46,7 +46,7 @@ Item {
         // too, where shader effects draw nothing. Where all nine overlap the black reaches 0.5.
         Repeater {
             model: [[0, 0], [1, 0], [2, 0], [0, 1], [1, 1], [2, 1], [0, 2], [1, 2], [2, 2]]
-            Text {
+            Caption {
                 required property var modelData
                 x: modelData[0]
                 y: modelData[1]
@@ -56,7 +56,7 @@ Item {
                 opacity: 1 - Math.pow(0.5, 1 / 9)
             }
         }
-        Text {
+        Caption {
             id: label
             text: root.overlay.text
             font.family: root.overlay.fontFamily

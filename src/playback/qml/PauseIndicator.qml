@@ -11,7 +11,7 @@ Rectangle {
     color: Qt.rgba(0, 0, 0, 0.5)
     opacity: shown ? 1 : 0
     Behavior on opacity { NumberAnimation { duration: 250 } }
-    Text {
+    Caption {
         id: label
         anchors.centerIn: parent
         color: "white"

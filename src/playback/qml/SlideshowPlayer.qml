@@ -225,7 +225,7 @@ Rectangle {
         radius: 10
         color: Qt.rgba(0, 0, 0, 0.5)
         opacity: root.player.showTimer ? 1 : 0
-        Text {
+        Caption {
             anchors.centerIn: parent
             text: root.player.countdownText
             color: "white"
@@ -243,7 +243,7 @@ Rectangle {
         height: info.implicitHeight + 24
         radius: 10
         color: Qt.rgba(0, 0, 0, 0.5)
-        Text {
+        Caption {
             id: info
             anchors.centerIn: parent
             text: root.player.currentImageInfo
