@@ -1,5 +1,6 @@
 #include "GridView.h"
 
+#include "GlobalPointer.h"
 #include "PictureProvider.h"
 #include "ScreensaverEventMonitor.h"
 #include "SlideshowManager.h"
@@ -9,8 +10,6 @@
 #include "core/SettingsStore.h"
 #include "media/PictureCaches.h"
 #include "media/Queue.h"
-
-#include <QCursor>
 
 #include <algorithm>
 #include <numeric>
@@ -141,7 +140,7 @@ void GridView::onAppear()
         setupTimer();
     if (config.screensaverMode && !hasStopped)
         screensaverEventMonitor =
-            std::make_unique<ScreensaverEventMonitor>([this] { stopSlideshow(); }, QCursor::pos());
+            std::make_unique<ScreensaverEventMonitor>([this] { stopSlideshow(); }, globalPointer());
 }
 
 // The tick

@@ -2,13 +2,13 @@
 
 #include "ClipFrameItem.h"
 #include "CursorHider.h"
+#include "GlobalPointer.h"
 #include "OverlayView.h"
 #include "PictureProvider.h"
 #include "ShowPlayer.h"
 #include "core/Logger.h"
 #include "media/PictureCaches.h"
 
-#include <QCursor>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QOffscreenSurface>
@@ -135,9 +135,12 @@ void PlayerWindow::hideIdleCursor(Scheduler& scheduler)
     new CursorHider(
         scheduler,
         [this] {
+            // Where the pointer's place is unknown (Wayland) it can only be over this window:
+            // the compositor shows our cursor nowhere else.
+            const std::optional<QPointF> pointer = globalPointer();
             return visibility() == QWindow::FullScreen &&
                    QGuiApplication::applicationState() == Qt::ApplicationActive &&
-                   QGuiApplication::screenAt(QCursor::pos()) == screen();
+                   (!pointer || QGuiApplication::screenAt(pointer->toPoint()) == screen());
         },
         this);
 }

@@ -5,7 +5,8 @@
 
 namespace tb {
 
-ScreensaverEventMonitor::ScreensaverEventMonitor(std::function<void()> onInput, QPointF pointer, QObject* parent)
+ScreensaverEventMonitor::ScreensaverEventMonitor(std::function<void()> onInput, std::optional<QPointF> pointer,
+                                                 QObject* parent)
     : QObject(parent), onInput(std::move(onInput)), lastPointer(pointer)
 {
     QCoreApplication::instance()->installEventFilter(this);
@@ -39,7 +40,7 @@ bool ScreensaverEventMonitor::eventFilter(QObject* watched, QEvent* event)
     }
     case QEvent::MouseMove: {
         const QPointF pointer = static_cast<QMouseEvent*>(event)->globalPosition();
-        input = pointer != lastPointer;
+        input = lastPointer && pointer != *lastPointer;
         lastPointer = pointer;
         break;
     }

@@ -1,5 +1,6 @@
 #include "SlideshowView.h"
 
+#include "GlobalPointer.h"
 #include "InfoBox.h"
 #include "PreloadPolicy.h"
 #include "ScreensaverEventMonitor.h"
@@ -13,7 +14,6 @@
 #include "media/PictureCaches.h"
 #include "media/Queue.h"
 
-#include <QCursor>
 #include <QDir>
 
 #include <cmath>
@@ -114,7 +114,7 @@ void SlideshowView::onAppear()
     history.begin(order.current());
     if (config.screensaverMode && !hasStopped)
         screensaverEventMonitor =
-            std::make_unique<ScreensaverEventMonitor>([this] { stopSlideshow(); }, QCursor::pos());
+            std::make_unique<ScreensaverEventMonitor>([this] { stopSlideshow(); }, globalPointer());
 }
 
 // Arming

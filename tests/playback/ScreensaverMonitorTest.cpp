@@ -49,6 +49,16 @@ TEST(ScreensaverMonitor, OnlyRealInputCounts)
     send(&window, QKeyEvent(QEvent::KeyPress, Qt::Key_A, Qt::NoModifier));
     EXPECT_EQ(inputs, 5);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+
+    // Where the pointer's place is unknown at the start, the first move tells it and the next
+    // one counts.
+    inputs = 0;
+    ScreensaverEventMonitor unplaced([&inputs] { ++inputs; }, std::nullopt);
+    send(&window, mouse(QEvent::MouseMove, Qt::NoButton, QPointF(400, 300)));
+    send(&window, mouse(QEvent::MouseMove, Qt::NoButton, QPointF(400, 300)));
+    EXPECT_EQ(inputs, 0);
+    send(&window, mouse(QEvent::MouseMove, Qt::NoButton, QPointF(401, 300)));
+    EXPECT_EQ(inputs, 1);
 }
 
 // Both players end a screen-saver show at the first key and stop watching; other shows ignore input.
