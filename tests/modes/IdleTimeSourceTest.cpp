@@ -1,6 +1,7 @@
 #include "core/IdleTimeChain.h"
 #include "platform/DBusIdleTimeSource.h"
 #include "platform/X11IdleTimeSource.h"
+#include "support/LogCapture.h"
 #include "support/PrivateDBusDaemon.h"
 
 #include <QDBusConnection>
@@ -13,6 +14,7 @@
 #include <gtest/gtest.h>
 
 using namespace tb;
+using tb::test::LogCapture;
 using tb::test::PrivateDBusDaemon;
 
 namespace {
@@ -144,13 +146,16 @@ TEST(IdleTimeChain, TheFirstProbeThatKnowsAnswersAndTheRestAreNotAsked)
     QString asked;
     ScriptedProbe desktop('d', asked), xServer('x', asked);
     IdleTimeChain chain({&desktop, &xServer});
+    LogCapture log;
     EXPECT_EQ(chain.idleSeconds(), 0.0) << "nobody knows";
+    EXPECT_EQ(chain.idleSeconds(), 0.0);
+    EXPECT_EQ(log.messages(LogLevel::Warning).size(), 1) << "said once while nobody knows";
     xServer.answer = 75.0;
     EXPECT_EQ(chain.idleSeconds(), 75.0);
     // A desktop that has just seen input knows the idle time is 0: the X server is not asked.
     desktop.answer = 0.0;
     EXPECT_EQ(chain.idleSeconds(), 0.0);
-    EXPECT_EQ(asked, QStringLiteral("dxdxd")); // both, both, the desktop alone
+    EXPECT_EQ(asked, QStringLiteral("dxdxdxd")); // both three times, the desktop alone
 }
 
 namespace {
