@@ -27,10 +27,12 @@ set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 # The libraries the program links are found from the binary (dpkg-shlibdeps). What it loads at
 # run time only, the linker cannot see:
 set(runtimeDepends
-    # The QML modules the player's scenes import (QtQuick, QtMultimedia); Tallowbrook.Playback
-    # is registered by the program itself.
+    # The QML modules the player's scenes import (QtQuick, QtMultimedia; Tallowbrook.Playback
+    # is registered by the program itself), and QtQml.WorkerScript, which QtQuick loads but
+    # Debian's qml6-module-qtquick does not depend on.
     qml6-module-qtquick
     qml6-module-qtmultimedia
+    qml6-module-qtqml-workerscript
     # Qt Multimedia plays clips and music through GStreamer (its backend plugin ships in
     # libqt6multimedia6, which the binary links): playback bins and conversion (base), MP4/MOV
     # and AVI demuxers and the sound sinks (good), the H.264/HEVC parsers (bad), and the
