@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Checks the Debian package as a fresh Debian 12 machine would meet it: the desktop entry and the
 # software-centre entry validate, the package installs with apt-get, the program starts from
-# PATH, the desktop knows it as the opener of slideshow documents, and a document opened through
-# the desktop (gio open) reaches the running program. Run as root or as a user with sudo.
+# PATH, the desktop knows it as the opener of slideshow documents, a document opened through
+# the desktop (gio open) reaches the running program, and its show plays. Run as root or as a
+# user with sudo.
 # The package stays installed afterwards.
 # Usage: check-package.sh [path/to/tallowbrook_<version>_<arch>.deb]  (default: the newest in build/)
 set -euo pipefail
@@ -128,7 +129,7 @@ cat >"$document" <<JSON
 {"version": "1.0",
  "metadata": {"createdDate": "2026-01-31T09:15:02Z", "appVersion": "1.0", "totalImages": 1,
               "totalAudioTracks": 0, "createdBy": "Tallowbrook for Linux"},
- "settings": {"slideshowDelay": 3, "gridOptionRaw": 0, "randomOrder": false, "loopSlideshow": false,
+ "settings": {"slideshowDelay": 2, "gridOptionRaw": 0, "randomOrder": false, "loopSlideshow": false,
               "transitionType": "-", "imageScalingMode": "Best Fit (no upscaling)", "selectedDisplayID": 0,
               "selectedSortOption": "-"},
  "images": [{"id": "6f1d3c2e-8a4b-4c5d-9e7f-0a1b2c3d4e5f", "filename": "red.png", "isGIF": false,
@@ -164,5 +165,19 @@ waitFor "grep -q 'Slideshow loaded: 1 images, 0 audio tracks' '$log' || ! kill -
 kill -0 "$pid" 2>/dev/null || failSeen "tallowbrook ended"
 grep -q 'Slideshow loaded: 1 images, 0 audio tracks' "$log" || failSeen "the document was not loaded"
 step "gio open Check.slideshow: the running program says \"$(grep -o 'Slideshow loaded: .*' "$log" | head -n 1)\""
+
+# The show itself needs what only loads at run time (the player's QML modules, the image
+# plugins): a missing one leaves an empty player window that never moves on. The document's one
+# picture, two seconds, no loop: the show ends by itself.
+xdotool windowfocus --sync "$(windowNamed Tallowbrook)"
+xdotool key ctrl+r
+waitFor '[ -n "$(windowNamed "Tallowbrook Slideshow")" ]' || failSeen "Ctrl+R opened no player window"
+waitFor "grep -q 'SlideshowView: Slideshow ended' '$log' || ! kill -0 $pid 2>/dev/null" ||
+  failSeen "the show did not play its picture to the end"
+kill -0 "$pid" 2>/dev/null || failSeen "tallowbrook ended during the show"
+# The timer ends the show even when its scene failed to load: the log says why.
+errors=$(grep -F '][ERROR][' "$log" || true)
+[ -z "$errors" ] || failSeen "the program logged errors: $errors"
+step "Ctrl+R: the show played the picture and ended by itself, and the log has no error"
 
 echo "check-package: OK: tallowbrook $(dpkg-query -W -f='${Version}' tallowbrook) installed and working (it stays installed; remove it with: ${SUDO:+sudo }apt-get remove tallowbrook)"
