@@ -11,4 +11,5 @@ EXTRA=()
 if [ "${CI:-}" = "true" ]; then EXTRA+=(-DTALLOWBROOK_WERROR=ON); fi
 
 cmake -S . -B "$BUILD_DIR" -G Ninja -DCMAKE_BUILD_TYPE="${BUILD_TYPE:-RelWithDebInfo}" "${EXTRA[@]}" >/dev/null
-cmake --build "$BUILD_DIR" -j "$(nproc)"
+# JOBS=1 leaves the other cores to whoever shares the machine.
+cmake --build "$BUILD_DIR" -j "${JOBS:-$(nproc)}"

@@ -6,6 +6,8 @@ set -euo pipefail
 PACKAGES=(
   # toolchain
   build-essential cmake ninja-build pkg-config ccache git clang-format
+  # the package's PNG icons are drawn from the SVG at build time
+  librsvg2-bin
   # Qt 6: core, widgets, network, D-Bus, concurrent, test (qt6-base-dev), Quick/QML, Multimedia
   qt6-base-dev qt6-base-dev-tools qt6-declarative-dev qt6-declarative-dev-tools
   qt6-multimedia-dev qt6-image-formats-plugins qt6-qpa-plugins
