@@ -29,6 +29,8 @@ PACKAGES=(
   dbus-daemon dbus-session-bus-common
   # gdbus, the media-player test's remote
   libglib2.0-bin
+  # transicc and jpgicc: the independent colour converter the colour tests and bench compare with
+  liblcms2-utils
 )
 
 missing=()
