@@ -70,6 +70,9 @@ TEST(ColourManagement, WideGamutPicturesArriveInSrgbWhereLittleCmsPutsThem)
         std::function<bool(const QString&)> write;
     };
     const QColorSpace adobe(QColorSpace::AdobeRgb), p3(QColorSpace::DisplayP3), proPhoto(QColorSpace::ProPhotoRgb);
+    // A camera's own matrix profile: primaries no standard names, a plain gamma curve.
+    const QColorSpace camera(QPointF(0.3127, 0.3290), QPointF(0.70, 0.29), QPointF(0.21, 0.75), QPointF(0.14, 0.05),
+                             QColorSpace::TransferFunction::Gamma, 1.8f);
     auto qtWriter = [](const QColorSpace& space) {
         return [space](const QString& path) { return writePicture(patches(space), path); };
     };
@@ -78,6 +81,7 @@ TEST(ColourManagement, WideGamutPicturesArriveInSrgbWhereLittleCmsPutsThem)
         {"p3.jpg", p3, qtWriter(p3)},
         {"prophoto.tiff", proPhoto, qtWriter(proPhoto)},
         {"adobe.webp", adobe, qtWriter(adobe)},
+        {"camera.jpg", camera, qtWriter(camera)},
         {"p3-nclx.heic", p3,
          [](const QString& path) {
              return writeHeif(patches({}), path, {12, 13, {}});
