@@ -17,6 +17,10 @@ bool oriented90(JxlOrientation orientation) { return orientation > JXL_ORIENT_RO
 
 QColorSpace fromEncoding(const JxlColorEncoding& encoding, const QString& fileName)
 {
+    // Grey pictures come out as RGB; only their curve matters.
+    if (encoding.color_space == JXL_COLOR_SPACE_GRAY)
+        return ContainerColour::withTransfer(QColorSpace(QColorSpace::SRgb), int(encoding.transfer_function),
+                                             encoding.gamma, fileName);
     QPointF white(0.3127, 0.3290);
     switch (encoding.white_point) {
     case JXL_WHITE_POINT_D65:
@@ -47,10 +51,7 @@ QColorSpace fromEncoding(const JxlColorEncoding& encoding, const QString& fileNa
         blue = QPointF(encoding.primaries_blue_xy[0], encoding.primaries_blue_xy[1]);
         break;
     }
-    // Grey pictures come out as RGB; only their curve matters.
-    QColorSpace primaries = encoding.color_space == JXL_COLOR_SPACE_GRAY
-                                ? QColorSpace(QColorSpace::SRgb)
-                                : QColorSpace(white, red, green, blue, QColorSpace::TransferFunction::SRgb);
+    QColorSpace primaries(white, red, green, blue, QColorSpace::TransferFunction::SRgb);
     if (!primaries.isValid())
         primaries = QColorSpace(QColorSpace::SRgb);
     return ContainerColour::withTransfer(primaries, int(encoding.transfer_function), encoding.gamma, fileName);
@@ -60,7 +61,8 @@ QColorSpace fromEncoding(const JxlColorEncoding& encoding, const QString& fileNa
 // original colours first): the encoded description when there is one, else the ICC profile.
 QColorSpace decodedColour(JxlDecoder* decoder, const QString& fileName)
 {
-    JxlColorEncoding encoding;
+    // libjxl leaves the fields a grey picture does without untouched.
+    JxlColorEncoding encoding{};
     if (JxlDecoderGetColorAsEncodedProfile(decoder, nullptr, JXL_COLOR_PROFILE_TARGET_DATA, &encoding) ==
         JXL_DEC_SUCCESS)
         return fromEncoding(encoding, fileName);
