@@ -1,10 +1,11 @@
-// Writes the fuzzers' first corpora: a few small valid pictures in each fuzzed format, and
-// slideshow documents and bookmark blobs.
+// Writes the fuzzers' first corpora: a few small valid pictures in each fuzzed format (and
+// profile-carrying JPEG, PNG, TIFF and WebP), and slideshow documents and bookmark blobs.
 // Usage: make_fuzz_seeds <picture corpus folder> <document corpus folder>
 #include "documents/DocumentCodec.h"
 #include "media/Bookmark.h"
 #include "media/TestPictures.h"
 
+#include <QColorSpace>
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
@@ -71,6 +72,12 @@ int main(int argc, char* argv[])
             written +=
                 tb::test::writePicture(tb::test::twoColourPicture(size.width(), size.height()), out.filePath(name));
         }
+    }
+    // Pictures whose profiles Qt reads itself, for the look for a profile it rejected.
+    for (const char* extension : {"jpg", "png", "tiff", "webp"}) {
+        QImage tagged = tb::test::twoColourPicture(16, 16);
+        tagged.setColorSpace(QColorSpace::AdobeRgb);
+        written += tb::test::writePicture(tagged, out.filePath(QStringLiteral("adobe.") + QLatin1String(extension)));
     }
     const int documents = writeDocumentSeeds(QDir(QCoreApplication::arguments().value(2, QStringLiteral("."))));
     return written > 0 && documents == 3 ? 0 : 1;

@@ -34,6 +34,8 @@ PACKAGES=(
   # Wayland: Qt's platform plugin, and a headless compositor and the accessibility tree for the
   # end-to-end test that runs there (ss and pgrep look for X connections)
   qt6-wayland weston at-spi2-core python3-gi gir1.2-atspi-2.0 iproute2 procps
+  # transicc and jpgicc: the independent colour converter the colour tests and bench compare with
+  liblcms2-utils
 )
 
 missing=()

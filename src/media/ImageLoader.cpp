@@ -1,5 +1,6 @@
 #include "ImageLoader.h"
 
+#include "SrgbConversion.h"
 #include "core/FileSystems.h"
 #include "core/Logger.h"
 
@@ -88,7 +89,7 @@ QImage readScaled(QImageReader& reader, const QSize& size)
     if (!size.isValid() || scalingDecoders.contains(reader.format().toLower())) {
         if (size.isValid())
             reader.setScaledSize(size);
-        return reader.read();
+        return SrgbConversion::toSrgb(reader.read(), reader);
     }
     // Without a scaling decoder the reader turns the picture upright after reading: scale to
     // the upright box.
@@ -98,7 +99,7 @@ QImage readScaled(QImageReader& reader, const QSize& size)
     const QSize upright = turnedSideways(reader, size);
     if (image.depth() < 32)
         image = image.convertToFormat(image.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32);
-    return image.scaled(upright, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    return SrgbConversion::toSrgb(image.scaled(upright, Qt::IgnoreAspectRatio, Qt::SmoothTransformation), reader);
 }
 
 } // namespace tb

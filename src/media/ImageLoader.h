@@ -49,7 +49,8 @@ private:
 
 // Reads a picture scaled to `size` (in the file's stored orientation, as QImageReader takes it).
 // JPEG, HEIC, AVIF and JPEG XL scale while decoding; other formats are decoded whole and then
-// scaled, since Qt's emulated scaled reads spoil some (1-bit PNGs come out as noise).
+// scaled, since Qt's emulated scaled reads spoil some (1-bit PNGs come out as noise). The
+// picture comes back in sRGB, converted at its scaled size.
 QImage readScaled(QImageReader& reader, const QSize& size);
 
 // The picture's size once turned upright, from the file's header alone; invalid when the

@@ -1,5 +1,6 @@
 #include "SharedThumbnails.h"
 
+#include "SrgbConversion.h"
 #include "core/Logger.h"
 
 #include <QCryptographicHash>
@@ -72,7 +73,9 @@ std::optional<QImage> readValid(const QString& path, const Source& source, int l
     // The keys are read from the decoded image, not from QImageReader::text(): that splits each
     // key from its value at the first colon, so "Thumb::URI" would never be seen there.
     QImageReader reader(path, "png");
-    const QImage thumbnail = reader.read();
+    // A thumbnail that keeps its photo's profile (other programs', and ours from before pictures
+    // were brought to sRGB) is converted like the photo.
+    const QImage thumbnail = SrgbConversion::toSrgb(reader.read(), reader);
     if (thumbnail.isNull() || !belongsTo(thumbnail, source))
         return std::nullopt;
     const int longer = std::max(thumbnail.width(), thumbnail.height());

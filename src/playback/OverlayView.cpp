@@ -4,6 +4,7 @@
 #include "core/Logger.h"
 #include "core/SettingsStore.h"
 #include "media/Bookmark.h"
+#include "media/SrgbConversion.h"
 
 #include <QFileInfo>
 #include <QImageReader>
@@ -35,7 +36,7 @@ std::optional<QImage> decode(const QString& path, int maxWidth)
     // Formats that cannot tell their size before decoding.
     if (maxWidth > 0 && image.width() > maxWidth)
         image = image.scaledToWidth(maxWidth, Qt::SmoothTransformation);
-    return image;
+    return SrgbConversion::toSrgb(std::move(image), reader);
 }
 
 } // namespace

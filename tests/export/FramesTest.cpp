@@ -3,7 +3,9 @@
 #include "export/KenBurns.h"
 #include "support/LogCapture.h"
 #include "support/PlaybackDoubles.h"
+#include "support/ReferenceColour.h"
 
+#include <QColorSpace>
 #include <QPainter>
 #include <QTemporaryDir>
 
@@ -204,6 +206,21 @@ TEST(ImagePreparation, PicturesAreFittedUprightOnTheBackground)
     const QSizeF upright = ImagePreparation::imageSize(itemFor(turned));
     EXPECT_EQ(upright, QSizeF(30, 40));
     EXPECT_EQ(ImagePreparation::decodeFitted(itemFor(turned), upright, {1920, 1080})->size(), QSize(810, 1080));
+
+    // An Adobe RGB photo reaches the frame in sRGB, where Little CMS puts its colour.
+    const QString adobe = dir.filePath(QStringLiteral("adobe.png"));
+    const QColor saturated(30, 200, 60);
+    QImage wideGamut = filled({400, 300}, saturated);
+    wideGamut.setColorSpace(QColorSpace::AdobeRgb);
+    wideGamut.save(adobe);
+    const auto expected = lcmsToSrgb(QColorSpace(QColorSpace::AdobeRgb).iccProfile(), {saturated});
+    ASSERT_TRUE(expected) << "transicc (liblcms2-utils) is needed";
+    const auto fitted = ImagePreparation::decodeFitted(itemFor(adobe), {400, 300}, {1920, 1080});
+    ASSERT_TRUE(fitted);
+    const QColor framed = ImagePreparation::scaledImage(*fitted, {400, 300}, {1920, 1080}, green).pixelColor(960, 540);
+    EXPECT_LE(channelDifference(framed, expected->first()), 2)
+        << framed.name().toStdString() << " for " << expected->first().name().toStdString();
+    std::printf("exported frame: difference from Little CMS %d/255\n", channelDifference(framed, expected->first()));
 
     // An unreadable file: the size falls back with its two lines, and nothing decodes.
     const QString broken = dir.filePath(QStringLiteral("broken.jpg"));

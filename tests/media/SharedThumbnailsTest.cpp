@@ -2,6 +2,7 @@
 #include "TestPictures.h"
 #include "support/LogCapture.h"
 
+#include <QColorSpace>
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
@@ -41,11 +42,13 @@ struct SharedThumbnailsTest : ::testing::Test {
                QStringLiteral(".png");
     }
     // A thumbnail as another program would leave it: valid for `path` unless `keys` says otherwise.
-    void writeOthers(const char* folder, const QString& path, QSize size, std::map<QString, QString> keys = {})
+    void writeOthers(const char* folder, const QString& path, QSize size, std::map<QString, QString> keys = {},
+                     const QColorSpace& space = {})
     {
         keys.try_emplace(QStringLiteral("Thumb::URI"), uriOf(path));
         keys.try_emplace(QStringLiteral("Thumb::MTime"), modifiedOf(path));
         QImage image = twoColourPicture(size.width(), size.height());
+        image.setColorSpace(space);
         for (const auto& [key, value] : keys)
             image.setText(key, value);
         ASSERT_TRUE(QDir().mkpath(root + QLatin1Char('/') + QLatin1String(folder)));
@@ -88,6 +91,9 @@ TEST_F(SharedThumbnailsTest, StoresPrivatelyUnderTheUriHashAndFindsOwnAndOthersT
     EXPECT_FALSE(shared.find(picture, 250)) << "smaller than asked";
     writeOthers("x-large", picture, QSize(500, 375));
     EXPECT_EQ(shared.find(picture, 300).value_or(QImage()).size(), QSize(500, 375));
+    // One that kept its photo's profile comes back in sRGB, as the photo would.
+    writeOthers("x-large", picture, QSize(500, 375), {}, QColorSpace::DisplayP3);
+    EXPECT_EQ(shared.find(picture, 300).value_or(QImage()).colorSpace(), QColorSpace(QColorSpace::SRgb));
 
     // An undersized thumbnail counts only when it records that the picture itself is no bigger.
     writeOthers("normal", icon, QSize(120, 90));

@@ -1,5 +1,6 @@
 #include "TestPictures.h"
 
+#include <QColorSpace>
 #include <QFile>
 #include <QFileInfo>
 #include <QImageWriter>
@@ -22,10 +23,10 @@ QImage twoColourPicture(int width, int height)
     return picture;
 }
 
-namespace {
-
-bool writeHeif(const QImage& picture, const QString& path, heif_compression_format compression)
+bool writeHeif(const QImage& picture, const QString& path, const HeifColour& colour)
 {
+    const heif_compression_format compression =
+        QFileInfo(path).suffix().toLower() == QLatin1String("avif") ? heif_compression_AV1 : heif_compression_HEVC;
     if (!heif_have_encoder_for_format(compression))
         return false;
     const QImage rgb = picture.convertToFormat(QImage::Format_RGB888);
@@ -37,14 +38,30 @@ bool writeHeif(const QImage& picture, const QString& path, heif_compression_form
         heif_image_create(rgb.width(), rgb.height(), heif_colorspace_RGB, heif_chroma_interleaved_RGB, &image).code ==
             heif_error_Ok &&
         heif_image_add_plane(image, heif_channel_interleaved, rgb.width(), rgb.height(), 8).code == heif_error_Ok;
+    if (ok && !colour.profile.isEmpty())
+        ok = heif_image_set_raw_color_profile(image, "prof", colour.profile.constData(), size_t(colour.profile.size()))
+                 .code == heif_error_Ok;
+    if (ok && colour.primaries != 0) {
+        heif_color_profile_nclx* nclx = heif_nclx_color_profile_alloc();
+        heif_nclx_color_profile_set_color_primaries(nclx, uint16_t(colour.primaries));
+        heif_nclx_color_profile_set_transfer_characteristics(nclx, uint16_t(colour.transfer));
+        heif_nclx_color_profile_set_matrix_coefficients(nclx, heif_matrix_coefficients_ITU_R_BT_601_6);
+        nclx->full_range_flag = 1;
+        ok = heif_image_set_nclx_color_profile(image, nclx).code == heif_error_Ok;
+        heif_nclx_color_profile_free(nclx);
+    }
     if (ok) {
         heif_encoder_set_lossy_quality(encoder, 95);
         int stride = 0;
         uint8_t* plane = heif_image_get_plane(image, heif_channel_interleaved, &stride);
         for (int y = 0; y < rgb.height(); ++y)
             memcpy(plane + y * stride, rgb.constScanLine(y), size_t(rgb.width() * 3));
-        ok = heif_context_encode_image(context, image, encoder, nullptr, nullptr).code == heif_error_Ok &&
+        // libheif leaves nclx boxes out for macOS's sake unless told otherwise.
+        heif_encoding_options* options = heif_encoding_options_alloc();
+        options->macOS_compatibility_workaround_no_nclx_profile = colour.primaries == 0;
+        ok = heif_context_encode_image(context, image, encoder, options, nullptr).code == heif_error_Ok &&
              heif_context_write_to_file(context, QFile::encodeName(path).constData()).code == heif_error_Ok;
+        heif_encoding_options_free(options);
     }
     if (image)
         heif_image_release(image);
@@ -53,6 +70,8 @@ bool writeHeif(const QImage& picture, const QString& path, heif_compression_form
     heif_context_free(context);
     return ok;
 }
+
+namespace {
 
 bool writeJxl(const QImage& picture, const QString& path)
 {
@@ -64,11 +83,21 @@ bool writeJxl(const QImage& picture, const QString& path)
     info.ysize = uint32_t(rgb.height());
     info.bits_per_sample = 8;
     info.num_color_channels = 3;
-    info.uses_original_profile = JXL_FALSE;
     JxlColorEncoding colour;
     JxlColorEncodingSetToSRGB(&colour, JXL_FALSE);
-    if (JxlEncoderSetBasicInfo(encoder.get(), &info) != JXL_ENC_SUCCESS ||
-        JxlEncoderSetColorEncoding(encoder.get(), &colour) != JXL_ENC_SUCCESS)
+    const QColorSpace space = picture.colorSpace();
+    if (space == QColorSpace(QColorSpace::DisplayP3))
+        colour.primaries = JXL_PRIMARIES_P3;
+    const QByteArray profile =
+        space.isValid() && space != QColorSpace(QColorSpace::DisplayP3) ? space.iccProfile() : QByteArray();
+    // Pixels kept in a profile's own colours need no colour engine in the encoder.
+    info.uses_original_profile = profile.isEmpty() ? JXL_FALSE : JXL_TRUE;
+    if (JxlEncoderSetBasicInfo(encoder.get(), &info) != JXL_ENC_SUCCESS)
+        return false;
+    if (profile.isEmpty()
+            ? JxlEncoderSetColorEncoding(encoder.get(), &colour) != JXL_ENC_SUCCESS
+            : JxlEncoderSetICCProfile(encoder.get(), reinterpret_cast<const uint8_t*>(profile.constData()),
+                                      size_t(profile.size())) != JXL_ENC_SUCCESS)
         return false;
     std::vector<uint8_t> pixels;
     for (int y = 0; y < rgb.height(); ++y)
@@ -104,10 +133,8 @@ bool writeJxl(const QImage& picture, const QString& path)
 bool writePicture(const QImage& picture, const QString& path)
 {
     const QString extension = QFileInfo(path).suffix().toLower();
-    if (extension == QLatin1String("heic"))
-        return writeHeif(picture, path, heif_compression_HEVC);
-    if (extension == QLatin1String("avif"))
-        return writeHeif(picture, path, heif_compression_AV1);
+    if (extension == QLatin1String("heic") || extension == QLatin1String("avif"))
+        return writeHeif(picture, path, HeifColour{0, 0, picture.colorSpace().iccProfile()});
     if (extension == QLatin1String("jxl"))
         return writeJxl(picture, path);
     if (extension == QLatin1String("gif"))

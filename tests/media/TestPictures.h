@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QImage>
 #include <QString>
 
@@ -13,6 +14,15 @@ QImage twoColourPicture(int width, int height);
 // decoders read: Qt's writers, libheif (HEIC, AVIF) and libjxl (JPEG XL). GIF is a fixture,
 // since no writer here makes one. False when no encoder for the format is available.
 bool writePicture(const QImage& picture, const QString& path);
+
+// How a HEIC or AVIF test file describes its colours: by nclx code points (primaries 0: no nclx
+// box), or by ICC profile bytes, written as they are, broken or not.
+struct HeifColour {
+    int primaries = 0;
+    int transfer = 0;
+    QByteArray profile;
+};
+bool writeHeif(const QImage& picture, const QString& path, const HeifColour& colour);
 
 // The small animated GIF kept in tests/fixtures.
 QString gifFixture();

@@ -1,7 +1,9 @@
 #include "core/SettingsStore.h"
 #include "playback/OverlayView.h"
 #include "support/LogCapture.h"
+#include "support/ReferenceColour.h"
 
+#include <QColorSpace>
 #include <QDir>
 #include <QFile>
 #include <QImageWriter>
@@ -74,6 +76,20 @@ TEST_F(OverlayTest, APictureIsRememberedAndReadBackNoWiderThanAsked)
     ASSERT_TRUE(OverlayView::saveOverlayImage(settings, picture(QStringLiteral("turned.jpg"), {200, 100}, Qt::blue,
                                                                 QImageIOHandler::TransformationRotate90)));
     EXPECT_EQ(load(50)->size(), QSize(50, 100));
+
+    // A Display P3 mark shows in sRGB, where Little CMS puts its colour.
+    const QColor saturated(30, 200, 60);
+    QImage wideGamut(40, 20, QImage::Format_RGB32);
+    wideGamut.fill(saturated);
+    wideGamut.setColorSpace(QColorSpace::DisplayP3);
+    const QString wide = dir.filePath(QStringLiteral("pictures/wide.png"));
+    ASSERT_TRUE(wideGamut.save(wide));
+    ASSERT_TRUE(OverlayView::saveOverlayImage(settings, wide));
+    const auto expected = lcmsToSrgb(QColorSpace(QColorSpace::DisplayP3).iccProfile(), {saturated});
+    ASSERT_TRUE(expected) << "transicc (liblcms2-utils) is needed";
+    const QColor shown = load(20)->pixelColor(10, 5);
+    EXPECT_LE(channelDifference(shown, expected->first()), 2)
+        << shown.name().toStdString() << " for " << expected->first().name().toStdString();
 }
 
 TEST_F(OverlayTest, EachProblemGivesNoPictureAndItsLine)

@@ -2,6 +2,8 @@
 
 #include "DecodeLimits.h"
 
+#include <QFile>
+#include <QFileInfo>
 #include <QIODevice>
 #include <QImage>
 #include <QVariant>
@@ -33,6 +35,12 @@ void WholeFileHandler::setOption(ImageOption option, const QVariant& value)
 {
     if (option == ScaledSize)
         scaledSize = value.toSize();
+}
+
+QString WholeFileHandler::fileName() const
+{
+    const auto* file = qobject_cast<const QFile*>(device());
+    return file ? QFileInfo(file->fileName()).fileName() : QString();
 }
 
 } // namespace tb

@@ -20,6 +20,8 @@ protected:
     virtual QSize headerSize(const QByteArray& data) const = 0;
     // The picture, as close to `wanted` (when valid) as the format allows cheaply.
     virtual QImage decode(const QByteArray& data, const QSize& wanted) const = 0;
+    // The file's name for log lines; empty when the picture does not come from a file.
+    QString fileName() const;
 
 private:
     QSize scaledSize;
