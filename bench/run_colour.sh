@@ -9,20 +9,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 count=${1:-10}
 source bench/bench_lib.sh
-maker=${BENCH_CORPUS_SCRIPT:-../shared/bench/make_corpus.py}
-
-SUDO=""; [ "$(id -u)" -ne 0 ] && SUDO=sudo
-for p in liblcms2-utils python3-numpy python3-pil fonts-dejavu-core; do
-  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' ||
-    { $SUDO apt-get install -y -qq "$p" >/dev/null; }
-done
-
-files=()
-for i in $(seq 1 "$count"); do files+=("$corpus/big/$(printf 'IMG_%04d.jpg' "$i")"); done
-if [ ! -f "${files[-1]}" ]; then
-  echo "bench: making $count pictures in $corpus (about 5 s each per core)"
-  CORPUS_DIR="$corpus" /usr/bin/python3 "$maker" big 1 "$count"
-fi
+needBigPictures "$count" liblcms2-utils
 
 buildBench colour_bench
 bench=build-bench/bench/colour_bench
