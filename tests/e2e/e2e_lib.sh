@@ -7,14 +7,14 @@ shots=${2:-.}
 
 work=$(mktemp -d)
 pid=""
-server=""
+displayServer=""
 # The display server is waited for: a test that ends while its server still shuts down would let
 # the next test's server take the same display number and then lose its socket to the old one's exit.
 cleanup() {
   [ -n "$pid" ] && kill "$pid" 2>/dev/null || true
-  if [ -n "$server" ]; then
-    kill "$server" 2>/dev/null || true
-    wait "$server" 2>/dev/null || true
+  if [ -n "$displayServer" ]; then
+    kill "$displayServer" 2>/dev/null || true
+    wait "$displayServer" 2>/dev/null || true
   fi
   rm -rf "$work"
 }
@@ -32,7 +32,7 @@ if [ "${E2E_SESSION:-x11}" = wayland ]; then
   export WAYLAND_DISPLAY=tallowbrook-e2e QT_QPA_PLATFORM=wayland
   weston --backend=headless-backend.so --use-pixman --width=1280 --height=900 --idle-time=0 \
     --socket="$WAYLAND_DISPLAY" --debug >"$work/server.txt" 2>&1 &
-  server=$!
+  displayServer=$!
   for _ in $(seq 1 300); do [ -S "$XDG_RUNTIME_DIR/$WAYLAND_DISPLAY" ] && break; sleep 0.1; done
   [ -S "$XDG_RUNTIME_DIR/$WAYLAND_DISPLAY" ] || { echo "e2e: FAILED: no compositor ($(cat "$work/server.txt"))"; exit 1; }
   # screenshot <png>: the whole output, as the compositor drew it.
@@ -46,7 +46,7 @@ else
   # side by side never share a display (choosing a number from lock files, as xvfb-run -a does,
   # races: two tests could take the same one and drop onto each other's windows).
   Xvfb -displayfd 3 -screen 0 1280x900x24 -nolisten tcp 3>"$work/display" 2>"$work/server.txt" &
-  server=$!
+  displayServer=$!
   for _ in $(seq 1 300); do [ -s "$work/display" ] && break; sleep 0.1; done
   [ -s "$work/display" ] || { echo "e2e: FAILED: no virtual display ($(cat "$work/server.txt"))"; exit 1; }
   export DISPLAY=:$(head -n 1 "$work/display")
