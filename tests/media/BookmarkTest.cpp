@@ -1,4 +1,5 @@
 #include "media/Bookmark.h"
+#include "TestPictures.h"
 
 #include <QDir>
 #include <QFile>
@@ -21,14 +22,9 @@ struct BookmarkTest : testing::Test {
 
     QString at(const QString& relative) const { return dir.filePath(relative); }
 
-    // Makes the file and returns its bookmark's bytes.
     QByteArray make(const QString& relative)
     {
-        QDir().mkpath(QFileInfo(at(relative)).path());
-        QFile file(at(relative));
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write("twelve bytes") == 12);
-        file.close();
-        const auto bookmark = Bookmark::create(at(relative), nullptr);
+        const auto bookmark = Bookmark::create(test::writeBytes(at(relative), "twelve bytes"), nullptr);
         return bookmark ? bookmark->toData() : QByteArray();
     }
 
@@ -39,7 +35,6 @@ struct BookmarkTest : testing::Test {
     }
 };
 
-// The path found and whether it is stale, or "" and the reason.
 std::pair<QString, bool> answer(const std::variant<ResolvedBookmark, QString>& result)
 {
     if (const auto* file = std::get_if<ResolvedBookmark>(&result))

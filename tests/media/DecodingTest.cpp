@@ -1,7 +1,6 @@
 #include "TestPictures.h"
 #include "media/MediaTypes.h"
 
-#include <QFile>
 #include <QImageReader>
 #include <QTemporaryDir>
 
@@ -22,10 +21,6 @@ bool near(QColor a, QColor b)
 
 TEST(Decoding, EveryPictureExtensionOpensThroughQImageReader)
 {
-    const QList<QByteArray> formats = QImageReader::supportedImageFormats();
-    for (const char* format : {"jpeg", "png", "gif", "webp", "tiff", "heic", "avif", "jxl"})
-        EXPECT_TRUE(formats.contains(format)) << format;
-
     QTemporaryDir dir;
     const QImage original = twoColourPicture(64, 48);
     for (const QString& extension : supportedFileExtensions()) {
@@ -48,11 +43,9 @@ TEST(Decoding, EveryPictureExtensionOpensThroughQImageReader)
         EXPECT_TRUE(near(decoded.pixelColor(8, 24), Qt::red)) << decoded.pixelColor(8, 24).name().toStdString();
         EXPECT_TRUE(near(decoded.pixelColor(56, 24), Qt::blue)) << decoded.pixelColor(56, 24).name().toStdString();
 
-        // A scaled read gives exactly the asked size.
         QImageReader scaled(path);
         scaled.setScaledSize(QSize(32, 24));
         EXPECT_EQ(scaled.read().size(), QSize(32, 24));
-        // The size is known without decoding the pixels.
         EXPECT_EQ(QImageReader(path).size(), QSize(64, 48));
     }
 }
@@ -65,20 +58,10 @@ TEST(Decoding, BadFilesGiveNoPictureAndNoCrash)
     ASSERT_TRUE(writePicture(original, dir.filePath(QStringLiteral("good.jxl"))));
     ASSERT_TRUE(writePicture(original, dir.filePath(QStringLiteral("good.avif"))));
 
-    auto write = [&](const QString& name, const QByteArray& bytes) {
-        QFile file(dir.filePath(name));
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(bytes);
-        return dir.filePath(name);
-    };
-    auto bytesOf = [&](const QString& name) {
-        QFile file(dir.filePath(name));
-        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-        return file.readAll();
-    };
-    const QByteArray heic = bytesOf(QStringLiteral("good.heic"));
-    const QByteArray jxl = bytesOf(QStringLiteral("good.jxl"));
-    const QByteArray avif = bytesOf(QStringLiteral("good.avif"));
+    auto write = [&](const QString& name, const QByteArray& bytes) { return writeBytes(dir.filePath(name), bytes); };
+    const QByteArray heic = readBytes(dir.filePath(QStringLiteral("good.heic")));
+    const QByteArray jxl = readBytes(dir.filePath(QStringLiteral("good.jxl")));
+    const QByteArray avif = readBytes(dir.filePath(QStringLiteral("good.avif")));
     QByteArray flipped = heic;
     for (qsizetype i = heic.size() / 2; i < heic.size(); i += 7)
         flipped[i] = char(~flipped[i]);

@@ -1,4 +1,5 @@
 #include "media/ExifData.h"
+#include "TestPictures.h"
 #include "media/MetadataService.h"
 #include "support/LogCapture.h"
 
@@ -43,7 +44,7 @@ void writePhoto(const QString& path, const char* format)
 
 } // namespace
 
-TEST(ExifFormatting, NumbersAreAcceptedAsRealsWholesAndRationals)
+TEST(ExifFormatting, NumbersDatesAndCameraNamesOrNA)
 {
     EXPECT_EQ(formatAperture(whole({28, 10})), QStringLiteral("f/2.8"));
     EXPECT_EQ(formatAperture(whole({28, 0})), QStringLiteral("N/A"));
@@ -69,10 +70,7 @@ TEST(ExifFormatting, NumbersAreAcceptedAsRealsWholesAndRationals)
     EXPECT_EQ(formatIso(whole({200, 400})), QStringLiteral("200"));
     EXPECT_EQ(formatIso(whole({})), QStringLiteral("N/A"));
     EXPECT_EQ(formatIso(real(400)), QStringLiteral("N/A"));
-}
 
-TEST(ExifFormatting, DatesAndCameraNames)
-{
     EXPECT_EQ(formatDateTimeOriginal(text("2021:03:04 05:06:07")), QStringLiteral("04/03/2021, 05:06"));
     EXPECT_EQ(formatDateTimeOriginal(text("2021-03-04 05:06:07")), QStringLiteral("N/A"));
     EXPECT_EQ(formatDateTimeOriginal(text("2021:13:04 05:06:07")), QStringLiteral("N/A"));
@@ -111,11 +109,7 @@ TEST(MetadataService, FilesWithoutMetadataAreRememberedToo)
     EXPECT_TRUE(capture.messages(LogLevel::Warning).isEmpty());
 
     // Text posing as a photo, and a file that is not there: "no metadata", once each.
-    const QString fake = dir.filePath(QStringLiteral("fake.jpg"));
-    QFile file(fake);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write("not a picture");
-    file.close();
+    const QString fake = test::writeBytes(dir.filePath(QStringLiteral("fake.jpg")), "not a picture");
     const QString missing = dir.filePath(QStringLiteral("missing.heic"));
     for (int round = 0; round < 2; ++round) {
         EXPECT_EQ(service.exifData(fake), ExifData::noMetadata());

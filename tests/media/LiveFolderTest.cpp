@@ -20,7 +20,6 @@ namespace {
 
 void touch(const QString& path) { QFile(path).open(QIODevice::WriteOnly); }
 
-// The inotify instances this process holds.
 int inotifyInstances()
 {
     int count = 0;

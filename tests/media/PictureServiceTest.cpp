@@ -133,11 +133,7 @@ TEST(PictureClient, CellPicturesAreStretchedToTheCell)
     grid.clearThumbnails();
     EXPECT_FALSE(service.thumbnails.isCachedStretched(url, QSize(90, 120)));
 
-    const QString broken = dir.filePath(QStringLiteral("broken.jpg"));
-    QFile file(broken);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write("not a picture");
-    file.close();
+    const QString broken = writeBytes(dir.filePath(QStringLiteral("broken.jpg")), "not a picture");
     EXPECT_FALSE(grid.cellPicture(QUrl::fromLocalFile(broken), false, QSize(90, 120)));
     EXPECT_FALSE(grid.cellPicture(url, false, QSize()));
 }

@@ -130,10 +130,8 @@ TEST_F(SharedThumbnailsTest, StaleMisnamedAndCorruptThumbnailsAreIgnoredButKept)
 
 TEST_F(SharedThumbnailsTest, AnUnwritableCacheWarnsOnceAndTheCacheNeverThumbnailsItself)
 {
-    QFile blocker(cache.filePath(QStringLiteral("plain file")));
-    ASSERT_TRUE(blocker.open(QIODevice::WriteOnly) && blocker.write("x") == 1);
-    blocker.close();
-    SharedThumbnails blocked(blocker.fileName() + QStringLiteral("/thumbnails"));
+    SharedThumbnails blocked(writeBytes(cache.filePath(QStringLiteral("plain file")), "x") +
+                             QStringLiteral("/thumbnails"));
     LogCapture log;
     blocked.store(picture, twoColourPicture(200, 150));
     blocked.store(icon, twoColourPicture(120, 90));

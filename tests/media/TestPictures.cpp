@@ -1,16 +1,20 @@
 #include "TestPictures.h"
 
 #include <QColorSpace>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QImageWriter>
 #include <QPainter>
+#include <QProcess>
 
 #include <jxl/encode.h>
 #include <jxl/encode_cxx.h>
 #include <libheif/heif.h>
 
 #include <vector>
+
+#include <gtest/gtest.h>
 
 namespace tb::test {
 
@@ -145,5 +149,28 @@ bool writePicture(const QImage& picture, const QString& path)
 }
 
 QString gifFixture() { return QStringLiteral(TALLOWBROOK_FIXTURES "/two-frames.gif"); }
+
+QString writeBytes(const QString& path, const QByteArray& bytes)
+{
+    QDir().mkpath(QFileInfo(path).path());
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+        ADD_FAILURE() << "cannot write " << path.toStdString();
+    return path;
+}
+
+QByteArray readBytes(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+bool makeClip(const QString& path, const QStringList& input, int seconds)
+{
+    QProcess ffmpeg;
+    ffmpeg.start(QStringLiteral("ffmpeg"), QStringList{QStringLiteral("-v"), QStringLiteral("error")} + input +
+                                               QStringList{QStringLiteral("-t"), QString::number(seconds), path});
+    return ffmpeg.waitForFinished(60000) && ffmpeg.exitCode() == 0;
+}
 
 } // namespace tb::test

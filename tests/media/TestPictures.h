@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QImage>
 #include <QString>
+#include <QStringList>
 
 namespace tb::test {
 
@@ -26,5 +27,12 @@ bool writeHeif(const QImage& picture, const QString& path, const HeifColour& col
 
 // The small animated GIF kept in tests/fixtures.
 QString gifFixture();
+
+// A file holding exactly `bytes`, with its folders made; the path back.
+QString writeBytes(const QString& path, const QByteArray& bytes = {});
+QByteArray readBytes(const QString& path);
+
+// A clip made by the FFmpeg command line from `input` (its -f, -i and codec arguments).
+bool makeClip(const QString& path, const QStringList& input, int seconds = 1);
 
 } // namespace tb::test
