@@ -1,4 +1,5 @@
 #include "media/FileIntake.h"
+#include "TestPictures.h"
 #include "core/SettingsStore.h"
 #include "media/Queue.h"
 #include "support/LogCapture.h"
@@ -24,14 +25,7 @@ struct IntakeFixture : ::testing::Test {
     Queue queue;
     FileIntake intake{queue, settings, dialogs};
 
-    QString touch(const QString& relative)
-    {
-        const QString path = dir.filePath(relative);
-        QDir().mkpath(QFileInfo(path).path());
-        QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        return path;
-    }
+    QString touch(const QString& relative) { return writeBytes(dir.filePath(relative)); }
     bool waitForRun()
     {
         return QTest::qWaitFor([this] { return !intake.isLoading(); }, 10000);
@@ -80,19 +74,12 @@ TEST_F(IntakeFixture, AFolderArrivesInBatchesOfFiftyWithItsCountsAndToast)
         << "no question without subfolders";
 }
 
-TEST_F(IntakeFixture, HiddenFilesInAFolderAreSkippedButAChosenOneIsKept)
-{
-    touch(QStringLiteral("album/a.png"));
-    const QString hidden = touch(QStringLiteral("album/.secret.png"));
-    intake.processURLs({QUrl::fromLocalFile(dir.filePath(QStringLiteral("album"))), QUrl::fromLocalFile(hidden)}, true);
-    ASSERT_TRUE(waitForRun());
-    EXPECT_EQ(queuedNames(), (QStringList{QStringLiteral(".secret.png"), QStringLiteral("a.png")}));
-}
-
 TEST_F(IntakeFixture, TheSubfolderQuestionItsRememberedAnswerAndClosingIt)
 {
     touch(QStringLiteral("trip/top.jpg"));
     touch(QStringLiteral("trip/day2/deep.jpg"));
+    touch(QStringLiteral("album/a.jpg"));
+    touch(QStringLiteral("album/inner/c.jpg"));
     const QList<QUrl> trip{QUrl::fromLocalFile(dir.filePath(QStringLiteral("trip")))};
 
     // Closed with Escape: nothing added, nothing remembered.
@@ -103,9 +90,14 @@ TEST_F(IntakeFixture, TheSubfolderQuestionItsRememberedAnswerAndClosingIt)
     EXPECT_FALSE(settings.value(Settings::rememberFolderRecursion));
 
     dialogs.questionAnswers = {QuestionAnswer{1, true}}; // "This Folder Only", remembered
-    intake.handleDrop(trip);
+    intake.handleDrop(trip + QList<QUrl>{QUrl::fromLocalFile(dir.filePath(QStringLiteral("album"))),
+                                         QUrl::fromLocalFile(touch(QStringLiteral("loose.png"))),
+                                         QUrl(QStringLiteral("https://example.invalid/remote.jpg"))});
     ASSERT_TRUE(waitForRun());
-    EXPECT_EQ(queuedNames(), QStringList{QStringLiteral("top.jpg")});
+    EXPECT_EQ(queuedNames(),
+              (QStringList{QStringLiteral("a.jpg"), QStringLiteral("loose.png"), QStringLiteral("top.jpg")}))
+        << "one answer for both folders";
+    EXPECT_EQ(intake.totalPhotosToBeAdded(), 0) << "a drop counts nothing ahead";
     ASSERT_EQ(dialogs.prompts.size(), 2);
     EXPECT_EQ(dialogs.prompts[1].title, QStringLiteral("Include Subfolders?"));
     EXPECT_EQ(dialogs.prompts[1].buttons,
@@ -123,20 +115,22 @@ TEST_F(IntakeFixture, TheSubfolderQuestionItsRememberedAnswerAndClosingIt)
 }
 
 // Links to folders are not walked (two links to the parent would multiply the walk without
-// end); links to files are taken as files.
+// end); links to files are taken as files. Hidden files in a folder are skipped, but one chosen
+// by itself is kept.
 TEST_F(IntakeFixture, LinkedFoldersAreNotWalkedAndLinkedFilesAreTaken)
 {
     const QString photo = touch(QStringLiteral("a/photo.jpg"));
+    const QString hidden = touch(QStringLiteral("a/.secret.png"));
     ASSERT_TRUE(QFile::link(QStringLiteral(".."), dir.filePath(QStringLiteral("a/up"))));
     ASSERT_TRUE(QFile::link(QStringLiteral(".."), dir.filePath(QStringLiteral("a/up2"))));
     ASSERT_TRUE(QFile::link(photo, dir.filePath(QStringLiteral("a/again.jpg"))));
     touch(QStringLiteral("a/inner/deep.png"));
     settings.set(Settings::rememberFolderRecursion, true);
     settings.set(Settings::folderRecursionDepth, -1); // all subfolders
-    intake.handleDrop({QUrl::fromLocalFile(dir.filePath(QStringLiteral("a")))});
+    intake.handleDrop({QUrl::fromLocalFile(dir.filePath(QStringLiteral("a"))), QUrl::fromLocalFile(hidden)});
     ASSERT_TRUE(waitForRun());
-    EXPECT_EQ(queuedNames(),
-              (QStringList{QStringLiteral("again.jpg"), QStringLiteral("deep.png"), QStringLiteral("photo.jpg")}));
+    EXPECT_EQ(queuedNames(), (QStringList{QStringLiteral(".secret.png"), QStringLiteral("again.jpg"),
+                                          QStringLiteral("deep.png"), QStringLiteral("photo.jpg")}));
 }
 
 TEST_F(IntakeFixture, AboveTwoThousandThumbnailsGoOffWithOneAlert)

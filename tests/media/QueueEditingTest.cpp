@@ -1,12 +1,8 @@
 #include "media/QueueEditing.h"
-#include "core/SettingsStore.h"
-#include "media/FileIntake.h"
-#include "support/ScriptedUserDialogs.h"
+#include "TestPictures.h"
 
-#include <QDir>
-#include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
-#include <QTest>
 
 #include <gtest/gtest.h>
 
@@ -60,10 +56,8 @@ TEST(QueueEditing, SortsByFullPathInFileBrowserOrderAndByDateWithMissingDatesAsT
 TEST(QueueEditing, ReconcilingWithTheFolderKeepsOnlyItsPresentFiles)
 {
     QTemporaryDir dir;
-    for (const char* name : {"kept.jpg", "notes.txt", "sub/deep.jpg"}) {
-        QDir().mkpath(QFileInfo(dir.filePath(QString::fromLatin1(name))).path());
-        QFile(dir.filePath(QString::fromLatin1(name))).open(QIODevice::WriteOnly);
-    }
+    for (const char* name : {"kept.jpg", "notes.txt", "sub/deep.jpg"})
+        test::writeBytes(dir.filePath(QString::fromLatin1(name)));
     Queue queue;
     queue.append({item(dir.filePath(QStringLiteral("gone.jpg"))), item(dir.filePath(QStringLiteral("kept.jpg"))),
                   item(dir.filePath(QStringLiteral("sub/deep.jpg"))), item(QStringLiteral("/elsewhere/kept.jpg"))});
@@ -76,32 +70,4 @@ TEST(QueueEditing, ReconcilingWithTheFolderKeepsOnlyItsPresentFiles)
     EXPECT_FALSE(reconcileWithFolder(queue, dir.filePath(QStringLiteral("vanished"))));
     EXPECT_EQ(queue.size(), 1) << "an unreadable folder changes nothing";
     EXPECT_TRUE(queue.startingImageId().has_value());
-}
-
-TEST(QueueEditing, ADropTakesFilesAndFoldersWithOneAnswerForAll)
-{
-    QTemporaryDir dir;
-    for (const char* name : {"plain/a.jpg", "nested/b.jpg", "nested/inner/c.jpg", "loose.png"}) {
-        QDir().mkpath(QFileInfo(dir.filePath(QString::fromLatin1(name))).path());
-        QFile file(dir.filePath(QString::fromLatin1(name)));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    }
-    SettingsStore settings(dir.filePath(QStringLiteral("settings.conf")));
-    test::ScriptedUserDialogs dialogs;
-    dialogs.questionAnswers = {QuestionAnswer{1, false}}; // "This Folder Only"
-    Queue queue;
-    FileIntake intake(queue, settings, dialogs);
-    intake.handleDrop({QUrl::fromLocalFile(dir.filePath(QStringLiteral("plain"))),
-                       QUrl::fromLocalFile(dir.filePath(QStringLiteral("nested"))),
-                       QUrl::fromLocalFile(dir.filePath(QStringLiteral("loose.png"))),
-                       QUrl(QStringLiteral("https://example.invalid/remote.jpg"))});
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !intake.isLoading(); }, 10000));
-    QStringList added;
-    for (const auto& image : queue.items())
-        added.append(image.filename());
-    added.sort();
-    EXPECT_EQ(added, (QStringList{QStringLiteral("a.jpg"), QStringLiteral("b.jpg"), QStringLiteral("loose.png")}))
-        << "one answer for both folders: the inner folder is skipped";
-    EXPECT_EQ(dialogs.prompts.size(), 1);
-    EXPECT_EQ(intake.totalPhotosToBeAdded(), 0) << "a drop counts nothing ahead";
 }
