@@ -81,12 +81,11 @@ TEST_F(BridgeFixture, SavingThenLoadingCarriesEverySettingIntoAnotherStore)
     }
 }
 
-TEST_F(BridgeFixture, AnUntouchedStoreIsSavedWithPlainReadsAndDocumentDefaults)
+TEST_F(BridgeFixture, AnUntouchedStoreIsSavedWithPlainReadsAndZeroSizesAsMissing)
 {
     auto store = makeStore();
     const SlideshowSettings s = readSettingsForSaving(*store, QStringLiteral("Date"));
     EXPECT_EQ(s.slideshowDelay, 0.0) << "a never-set delay is saved as 0";
-    EXPECT_EQ(s.gridOptionRaw, 0);
     EXPECT_EQ(s.transitionType, QStringLiteral("-"));
     EXPECT_EQ(s.imageScalingMode, QStringLiteral("Fit (maintain aspect ratio)"));
     EXPECT_EQ(s.crossfadeDuration, 1.0);
@@ -96,40 +95,7 @@ TEST_F(BridgeFixture, AnUntouchedStoreIsSavedWithPlainReadsAndDocumentDefaults)
     EXPECT_EQ(s.overlayType, std::nullopt);
     EXPECT_EQ(s.overlayFontSize, std::nullopt);
     EXPECT_EQ(s.overlayMargin, std::nullopt);
-    EXPECT_EQ(s.overlayImageBookmark, std::nullopt);
-    EXPECT_EQ(s.includeSubdirectories, std::nullopt);
 
-    // A document with delay 0 is applied as it stands.
-    auto target = makeStore();
-    applyLoadedSettings(*target, s);
-    EXPECT_EQ(target->value(Settings::slideshowDelay), 0.0);
-}
-
-TEST_F(BridgeFixture, BackgroundColourAndWindowedModeAreNeverSavedButAreApplied)
-{
-    auto store = makeStore();
-    store->saveColor(Settings::backgroundColorData, Qt::darkBlue);
-    store->set(Settings::startInWindowedMode, true);
-    const SlideshowSettings saved = readSettingsForSaving(*store, QString());
-    EXPECT_EQ(saved.backgroundColorData, std::nullopt);
-    EXPECT_EQ(saved.startInWindowedMode, std::nullopt);
-
-    // Without a colour in the document the present one stays; windowed mode falls back to off.
-    applyLoadedSettings(*store, saved);
-    EXPECT_EQ(store->loadColor(Settings::backgroundColorData, Qt::black), QColor(Qt::darkBlue));
-    EXPECT_FALSE(store->value(Settings::startInWindowedMode));
-
-    SlideshowSettings handWritten = saved;
-    handWritten.backgroundColorData = SettingsStore::colorBytes(Qt::red);
-    handWritten.startInWindowedMode = true;
-    applyLoadedSettings(*store, handWritten);
-    EXPECT_EQ(store->loadColor(Settings::backgroundColorData, Qt::black), QColor(Qt::red));
-    EXPECT_TRUE(store->value(Settings::startInWindowedMode));
-}
-
-TEST_F(BridgeFixture, ZeroSizesAreSavedAsMissingAndComeBackAsDefaults)
-{
-    auto store = makeStore();
     store->set(Settings::overlayMargin, 0.0);
     store->set(Settings::overlayOpacity, 0.0);
     store->set(Settings::overlayFontSize, 0.0);
@@ -138,7 +104,9 @@ TEST_F(BridgeFixture, ZeroSizesAreSavedAsMissingAndComeBackAsDefaults)
     EXPECT_EQ(saved.overlayMargin, std::nullopt);
     EXPECT_EQ(saved.crossfadeDuration, 1.0);
 
+    // The document's delay of 0 is applied as it stands; the missing sizes come back as defaults.
     applyLoadedSettings(*store, saved);
+    EXPECT_EQ(store->value(Settings::slideshowDelay), 0.0);
     EXPECT_EQ(store->value(Settings::overlayMargin), 20.0);
     EXPECT_EQ(store->value(Settings::overlayOpacity), 0.8);
     EXPECT_EQ(store->value(Settings::overlayFontSize), 24.0);
@@ -174,18 +142,32 @@ TEST_F(BridgeFixture, TheRememberedSubfolderAnswerTravelsOnlyWhenRemembered)
     EXPECT_EQ(target->value(Settings::folderRecursionDepth), 0);
 }
 
-TEST_F(BridgeFixture, MissingOverlayImageAndColourLeaveTheStoreAlone)
+TEST_F(BridgeFixture, WhatADocumentLeavesOutKeepsTheStoresOwnOrFallsBackToTheDefault)
 {
     auto store = makeStore();
     fillWithNonDefaults(*store);
+    store->saveColor(Settings::backgroundColorData, Qt::darkBlue);
+    store->set(Settings::startInWindowedMode, true);
+    const SlideshowSettings saved = readSettingsForSaving(*store, QString());
+    EXPECT_EQ(saved.backgroundColorData, std::nullopt) << "never saved";
+    EXPECT_EQ(saved.startInWindowedMode, std::nullopt) << "never saved";
+
     SlideshowSettings document; // an old document: only the required fields
     document.transitionType = QStringLiteral("Cross-fade");
     applyLoadedSettings(*store, document);
+    EXPECT_EQ(store->loadColor(Settings::backgroundColorData, Qt::black), QColor(Qt::darkBlue));
     EXPECT_EQ(store->value(Settings::overlayImageBookmark), QByteArray("bookmark-bytes"));
     EXPECT_EQ(store->loadColor(Settings::overlayFontColorData, Qt::white), QColor(10, 20, 30, 40));
+    EXPECT_FALSE(store->value(Settings::startInWindowedMode));
     EXPECT_EQ(store->value(Settings::overlayText), QString()) << "other optional fields take their defaults";
     EXPECT_EQ(store->value(Settings::overlayPosition), QStringLiteral("bottomRight"));
     EXPECT_FALSE(store->value(Settings::isManualMode));
+
+    document.backgroundColorData = SettingsStore::colorBytes(Qt::red);
+    document.startInWindowedMode = true;
+    applyLoadedSettings(*store, document);
+    EXPECT_EQ(store->loadColor(Settings::backgroundColorData, Qt::black), QColor(Qt::red));
+    EXPECT_TRUE(store->value(Settings::startInWindowedMode));
 
     // Clearing the overlay image removes the key, so the next save has no such field.
     store->remove(Settings::overlayImageBookmark);
