@@ -72,7 +72,6 @@ struct SaveFixture : ::testing::Test {
     SlideshowManager slideshowManager;
     SlideshowSaveService service{{settings, dialogs, analytics, revealer}};
 
-    // A file at root/relative, with its folders.
     QString file(const QString& relative, const QByteArray& bytes = "bytes")
     {
         const QString path = root.filePath(relative);
@@ -254,8 +253,6 @@ TEST_F(SaveFixture, AQueueAndPlaylistSaveThroughThePanelAndReadBack)
     EXPECT_EQ(document.metadata.totalAudioTracks, 2);
     EXPECT_TRUE(document.metadata.createdDate >= before && document.metadata.createdDate <= after);
     EXPECT_EQ(document.settings.selectedSortOption, QStringLiteral("Name (A-Z)"));
-    EXPECT_EQ(document.settings.gridOptionRaw, 2);
-    EXPECT_EQ(document.settings.transitionType, QStringLiteral("-"));
 
     const QStringList relativePaths{QStringLiteral("b.png"), QStringLiteral("pics/a.png"),
                                     QStringLiteral("../Other/c.gif"), QStringLiteral("../Other/clip.mp4"),
