@@ -35,18 +35,11 @@ TEST(GridView, FirstGridPutsTheStartingItemFirstAndLeavesSpareCellsEmpty)
     for (int items : {2, 4, 12}) {
         SCOPED_TRACE(items);
         GridHarness h(items);
-        h.queue->replaceAll(makeQueue(items));
-        GridConfiguration c = grid(2, 2);
-        c.startingImageId = h.queue->at(1).id();
-        h.manager.setSlideshowRunning(true);
-        GridView p(h.queue, c, GridServices{h.scheduler, h.random, h.manager, h.audio, h.caches, h.settings});
-        p.onAppear();
+        GridView& p = h.start(items, grid(2, 2), 1);
         ASSERT_EQ(p.currentIndices().size(), std::min(items, 4));
         EXPECT_EQ(p.currentIndices()[0], 1);
         EXPECT_EQ(setOf(p.currentIndices()).size(), p.currentIndices().size()) << "no item twice";
         EXPECT_EQ(p.allDisplayedImages(), setOf(p.currentIndices()));
-        EXPECT_EQ(p.gridHistory().size(), 1);
-        EXPECT_EQ(p.historyIndex(), 0);
         const QStringList sources = p.cellSources();
         ASSERT_EQ(sources.size(), 4);
         EXPECT_EQ(sources.count(QString()), 4 - p.currentIndices().size());

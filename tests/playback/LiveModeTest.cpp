@@ -38,25 +38,20 @@ struct LiveShow : PlayerHarness {
         for (const QString& name : names)
             QFile::remove(pathOf(name));
     }
-    QList<IdentifiableImage> itemsFor(const QStringList& paths) const
-    {
-        QList<IdentifiableImage> items;
-        for (const QString& path : paths)
-            items.append(makeItem(QUrl::fromLocalFile(QDir::isAbsolutePath(path) ? path : pathOf(path))));
-        return items;
-    }
-
     // Starts a show of the named files of the folder (absolute paths: files from elsewhere).
     SlideshowView& begin(const QStringList& names, SlideshowConfiguration c, const QString& startAt = {})
     {
-        for (const QString& name : names)
-            if (!QDir::isAbsolutePath(name))
+        QList<IdentifiableImage> items;
+        for (const QString& name : names) {
+            const bool own = !QDir::isAbsolutePath(name);
+            if (own)
                 put({name});
+            items.append(makeItem(QUrl::fromLocalFile(own ? pathOf(name) : name)));
+        }
         manager.setLiveModeActive(true);
         manager.setWatchedFolder(QUrl::fromLocalFile(folder));
         c.onNewImagesAdded = [this](const QList<IdentifiableImage>& items) { reportedAdded += int(items.size()); };
         c.onImagesRemoved = [this](int count) { reportedRemoved += count; };
-        QList<IdentifiableImage> items = itemsFor(names);
         if (!startAt.isEmpty())
             c.startingImageId = items.at(names.indexOf(startAt)).id();
         return start(std::move(items), std::move(c));

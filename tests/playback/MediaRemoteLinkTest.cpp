@@ -82,8 +82,7 @@ TEST(MediaRemoteLink, AGridFeaturesTheCellThatChangedLastAndAnEndedShowIsNotOffe
 {
     GridHarness h;
     GridConfiguration c;
-    c.rows = 2;
-    c.columns = 2;
+    c.rows = c.columns = 2;
     GridView& p = h.start(12, c);
     RecordingMediaRemote remote;
     new MediaRemoteLink(p, remote);

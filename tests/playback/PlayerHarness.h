@@ -75,9 +75,11 @@ struct GridHarness : ShowDoubles {
 
     explicit GridHarness(std::uint64_t seed = 1) : ShowDoubles(seed) {}
 
-    GridView& start(int count, GridConfiguration configuration)
+    GridView& start(int count, GridConfiguration configuration, std::optional<int> startAt = std::nullopt)
     {
         queue->replaceAll(makeQueue(count));
+        if (startAt)
+            configuration.startingImageId = queue->at(*startAt).id();
         manager.setSlideshowRunning(true);
         player = std::make_unique<GridView>(queue, configuration,
                                             GridServices{scheduler, random, manager, audio, caches, settings});

@@ -1,18 +1,9 @@
 #include "playback/PlayerWindow.h"
-#include "core/ManualScheduler.h"
-#include "core/SettingsStore.h"
-#include "media/MetadataService.h"
-#include "media/Queue.h"
-#include "playback/GridView.h"
-#include "playback/SlideshowManager.h"
-#include "playback/SlideshowView.h"
-#include "support/LogCapture.h"
-#include "support/PlaybackDoubles.h"
+#include "PlayerHarness.h"
 
 #include <QImage>
 #include <QProcess>
 #include <QQuickItem>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -24,20 +15,8 @@ namespace {
 
 // A real player window over doubles, on a clock that moves only when told: what moves by
 // itself is the window (decodes, clips).
-struct PlayerWindowTest : testing::Test {
-    QTemporaryDir dir;
-    ManualScheduler scheduler;
-    SeededRandom random;
-    SlideshowManager manager;
-    FakeAudio audio;
-    FakeInhibitor inhibitor;
-    FakeRevealer revealer;
-    MetadataService metadata;
-    FakeFolderWatchers folderWatchers;
-    SettingsStore settings{dir.filePath(QStringLiteral("settings.conf"))};
-    std::shared_ptr<Queue> queue = std::make_shared<Queue>();
+struct PlayerWindowTest : testing::Test, PlayerHarness {
     QPointer<PlayerWindow> window;
-    int closes = 0;
 
     ~PlayerWindowTest() override { delete window; }
 
@@ -85,8 +64,8 @@ struct PlayerWindowTest : testing::Test {
         c.crossfadeDuration = 0.1;
         c.startingImageId = queue->at(start).id();
         auto* player = new SlideshowView(queue, c,
-                                         PlayerServices{scheduler, random, manager, audio, dummyCaches, inhibitor,
-                                                        settings, revealer, metadata, folderWatchers});
+                                         PlayerServices{scheduler, random, manager, audio, caches, inhibitor, settings,
+                                                        revealer, metadata, folderWatchers});
         open(player);
         return player;
     }
@@ -99,8 +78,6 @@ struct PlayerWindowTest : testing::Test {
     QColor centre() const { return at(0.5, 0.5); }
 
     QObject* media() const { return window->rootObject()->findChild<QObject*>(QStringLiteral("clip")); }
-
-    FakeCaches dummyCaches;
 };
 
 bool near(QColor a, QColor b)
@@ -153,7 +130,7 @@ TEST_F(PlayerWindowTest, TheGridIgnoresTheSinglePlayersLetters)
     settings.set(Settings::overlayText, QStringLiteral("Tallowbrook"));
     GridConfiguration c;
     c.isManualMode = true;
-    auto* grid = new GridView(queue, c, GridServices{scheduler, random, manager, audio, dummyCaches, settings});
+    auto* grid = new GridView(queue, c, GridServices{scheduler, random, manager, audio, caches, settings});
     open(grid, 9);
     const QList<int> cells = grid->currentIndices();
     for (Qt::Key key : {Qt::Key_T, Qt::Key_I, Qt::Key_R})

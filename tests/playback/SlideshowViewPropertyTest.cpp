@@ -12,7 +12,6 @@ TEST(SlideshowViewProperties, InvariantsHoldUnderRandomKeysAndTime)
     std::mt19937_64 dice(20261123);
     constexpr int shows = 200;
     constexpr int eventsPerShow = 50;
-    int events = 0;
     int stoppedShows = 0;
     for (int show = 0; show < shows; ++show) {
         LogCapture log;
@@ -27,7 +26,7 @@ TEST(SlideshowViewProperties, InvariantsHoldUnderRandomKeysAndTime)
         SCOPED_TRACE(testing::Message() << "show " << show << ": " << itemCount << " items, random " << c.randomOrder
                                         << ", loop " << c.loopSlideshow << ", manual " << c.isManualMode);
 
-        for (int e = 0; e < eventsPerShow; ++e, ++events) {
+        for (int e = 0; e < eventsPerShow; ++e) {
             switch (dice() % 7) {
             case 0:
             case 1:
@@ -68,7 +67,6 @@ TEST(SlideshowViewProperties, InvariantsHoldUnderRandomKeysAndTime)
         ASSERT_TRUE(log.messages(LogLevel::Error).isEmpty());
         stoppedShows += p.hasStoppedSlideshow();
     }
-    EXPECT_EQ(events, 10000);
     // Sanity of the generator: a fair share of shows must have reached their end.
     EXPECT_GT(stoppedShows, shows / 10);
 }

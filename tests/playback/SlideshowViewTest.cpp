@@ -236,14 +236,11 @@ TEST(SlideshowView, AClipPlayedToItsEndArmsNoTimer)
 {
     PlayerHarness h;
     h.settings.set(Settings::videoPlaybackMode, QStringLiteral("fullVideo"));
-    h.manager.setSlideshowRunning(true);
-    h.queue->append({IdentifiableImage(QUuid::createUuid(), QUrl::fromLocalFile(QStringLiteral("/c.mp4")),
-                                       QStringLiteral("c.mp4"), QStringLiteral("/"), std::nullopt, false, true, 8.0)});
-    h.queue->append(makeQueue(1));
-    SlideshowView p(h.queue, timed(false, false),
-                    PlayerServices{h.scheduler, h.random, h.manager, h.audio, h.caches, h.inhibitor, h.settings,
-                                   h.revealer, h.metadata, h.folderWatchers});
-    p.onAppear();
+    SlideshowView& p =
+        h.start({IdentifiableImage(QUuid::createUuid(), QUrl::fromLocalFile(QStringLiteral("/c.mp4")),
+                                   QStringLiteral("c.mp4"), QStringLiteral("/"), std::nullopt, false, true, 8.0),
+                 makeQueue(1).first()},
+                timed(false, false));
     EXPECT_EQ(p.pendingAdvance(), 0u);
     h.settings.set(Settings::videoPlaybackMode, QStringLiteral("useDelay"));
     p.goBackByArrow(); // re-arms under the other mode

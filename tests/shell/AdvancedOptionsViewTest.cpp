@@ -11,7 +11,6 @@
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QFile>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -25,18 +24,11 @@
 #include <QToolButton>
 
 using namespace tb;
+using tb::test::named;
 using tb::test::ShellFixture;
 using tb::test::unnamedFocusableControls;
 
 namespace {
-
-template <typename Widget> Widget* named(const QWidget& root, const QString& name)
-{
-    for (auto* widget : root.findChildren<Widget*>())
-        if (widget->accessibleName() == name)
-            return widget;
-    return nullptr;
-}
 
 QStringList labelTexts(const QWidget& root)
 {
@@ -74,79 +66,25 @@ struct AdvancedOptionsTest : ShellFixture {
         ADD_FAILURE() << "no tab " << title.toStdString();
         return *panel;
     }
-
-    QString noteFollowing(const QString& start)
-    {
-        for (const QString& text : labelTexts(*panel))
-            if (text.startsWith(start))
-                return text;
-        return {};
-    }
 };
 
 } // namespace
 
-// Every label and note stands in its tab; an absent crossfade reads 1 s here (the main window's
-// 2 s is not this tab's).
-TEST_F(AdvancedOptionsTest, ShowsEachTabsLabelsAndNotes)
+// Showing the stored values writes nothing back; an absent crossfade reads 1 s here (the main
+// window's 2 s is not this tab's).
+TEST_F(AdvancedOptionsTest, ShowsTheStoredValuesWithoutWritingThem)
 {
     QSignalSpy writes(&settings, &SettingsStore::changed);
     openPanel();
-    EXPECT_EQ(writes.count(), 0) << "showing the stored values writes nothing";
-    QStringList titles;
-    for (int i = 0; i < panel->tabs()->count(); ++i)
-        titles.append(panel->tabs()->tabText(i));
-    EXPECT_EQ(titles, (QStringList{"Display", "Playback", "Overlay", "Live Mode", "Other"}));
-
-    const std::pair<QString, QStringList> expected[] = {
-        {"Display",
-         {"Slideshow Display:", "Select which display the slideshow will play on.",
-          "Image Scaling:", "Image scaling applies to single photo view mode.", "Start in Windowed Mode:",
-          "Start the slideshow in a resizable window instead of fullscreen. Press \"F\" to toggle fullscreen at any "
-          "time.",
-          "Sync Grid Transitions:",
-          "Sync transitions only apply to grid view modes. Select a grid mode to enable this option."}},
-        {"Playback",
-         {"Manual mode:", "When enabled, photos advance only with arrow keys. Automatic timing is disabled.",
-          "Crossfade Duration:",
-          "Duration of crossfade transition between photos (1 - 10 seconds). Affects both Cross-fade and Ken Burns "
-          "transitions.",
-          "Background Color:", "Visible behind images during a slideshow.", "Video Playback:", "Mute Video Audio:",
-          "When enabled, video audio is muted. Slideshow audio (if any) continues playing.", "1s"}},
-        {"Overlay",
-         {"Enable Overlay:", "Overlay will appear on top of all slideshow content in the selected corner.",
-          "Overlay Type:", "Image:", "Size:", "Small: 5%, Medium: 10%, Large: 15% of screen width",
-          "Text:", "Font:", "Color:", "Position:", "Margin:", "Opacity:", "20 pt", "80%"}},
-        {"Live Mode",
-         {"When new photos are detected:",
-          "\"Add to end of queue\" places new photos after all remaining photos. \"Show next\" inserts new photos "
-          "immediately after the current photo, so they appear as soon as the slideshow advances."}},
-        {"Other",
-         {"Show thumbnail alert:", "Display alert about thumbnail performance when adding many files.",
-          "Subfolder preference:", "Ask every time",
-          "When adding a folder that contains subfolders, choose whether to include images from subfolders. Reset "
-          "to be asked again.",
-          "Screen saver mode:", "After", "minutes of inactivity",
-          "Automatically start the slideshow after the specified period of inactivity. Any key press or mouse "
-          "movement will stop it."}},
-    };
-    for (const auto& [title, texts] : expected) {
-        const QStringList shown = labelTexts(tab(title));
-        for (const QString& text : texts)
-            EXPECT_TRUE(shown.contains(text)) << title.toStdString() << ": " << text.toStdString();
-    }
-    const QString videoNote = noteFollowing(QStringLiteral("\"Play full video\""));
-    EXPECT_TRUE(videoNote.contains(QStringLiteral("\"Use slideshow delay\""))) << videoNote.toStdString();
+    EXPECT_EQ(writes.count(), 0);
     EXPECT_EQ(named<QSlider>(tab("Playback"), "Crossfade Duration:")->value(), 1);
-
+    EXPECT_TRUE(labelTexts(tab("Playback")).contains(QStringLiteral("1s")));
     auto* screens = named<QComboBox>(tab("Display"), "Slideshow Display:");
     ASSERT_NE(screens, nullptr);
     EXPECT_EQ(screens->itemText(0), QStringLiteral("Default (App Window's Screen)"));
     EXPECT_EQ(screens->count(), 1 + displays.availableScreens().size());
-    auto* scaling = named<QComboBox>(tab("Display"), "Image Scaling:");
-    EXPECT_EQ(scaling->currentText(), QStringLiteral("Best Fit (no upscaling)"));
-    EXPECT_EQ(scaling->count(), 3);
-    EXPECT_NE(named<QPushButton>(*panel, "Close"), nullptr);
+    EXPECT_EQ(named<QComboBox>(tab("Display"), "Image Scaling:")->currentText(),
+              QStringLiteral("Best Fit (no upscaling)"));
 }
 
 // Each control writes its setting, and a write made elsewhere moves the control without being
@@ -239,7 +177,6 @@ TEST_F(AdvancedOptionsTest, ScreenSaverSwitchStoresFiveAndRestartsTheWatcher)
     ASSERT_TRUE(screenSaver && minutes);
     EXPECT_TRUE(screenSaver->isChecked());
     EXPECT_EQ(minutes->value(), 12);
-    EXPECT_EQ(minutes->width(), 50);
     EXPECT_TRUE(minutes->isVisibleTo(&other));
     EXPECT_EQ(idleWatcher.restarts, 0);
 
@@ -360,7 +297,6 @@ TEST_F(AdvancedOptionsTest, OverlayPictureIsChosenThroughTheOpenPanelAndCleared)
     EXPECT_EQ(settings.value(Settings::overlayType), QStringLiteral("text"));
     EXPECT_FALSE(imageSection->isVisible());
     EXPECT_TRUE(textSection->isVisible());
-    EXPECT_EQ(named<QLineEdit>(overlay, "Text:")->placeholderText(), QStringLiteral("Enter overlay text"));
 }
 
 // What a screen reader meets: every control that can take focus has a name.
@@ -391,24 +327,4 @@ TEST_F(AdvancedOptionsTest, MainWindowOpensOnePanelOfEachKind)
     named<QToolButton>(window, "Click for more information")->click();
     ASSERT_EQ(window.findChildren<SettingsHelpView*>().size(), 1);
     EXPECT_TRUE(window.findChild<SettingsHelpView*>()->isVisible());
-}
-
-TEST(SettingsHelp, ShowsTheSevenHelpTextsInOrder)
-{
-    const std::pair<QString, QString> expected[] = {
-        {"Sort by", "Allows you to choose the order in which photos are displayed."},
-        {"Display mode", "Allows you to set a slideshow mode - single photo, side-by-side, 2x2 grid or 3x3 grid view."},
-        {"Transition", "Allows you to set a preferred transition between photos."},
-        {"Delay", "Sets the timing between consecutive photos."},
-        {"Shuffle mode", "When enabled, photos appear in a random order."},
-        {"Loop slideshow", "When enabled, the slideshow continuously repeats."},
-        {"Advanced options",
-         "Provides access to additional configuration options like Image Scaling and other specialized features."},
-    };
-    SettingsHelpView help;
-    QStringList wanted{QStringLiteral("Settings - help")};
-    for (const auto& [title, description] : expected)
-        wanted << title << description;
-    EXPECT_EQ(labelTexts(help), wanted);
-    EXPECT_NE(named<QPushButton>(help, "Close"), nullptr);
 }

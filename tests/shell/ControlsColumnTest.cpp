@@ -12,17 +12,10 @@
 #include <QTemporaryDir>
 
 using namespace tb;
+using tb::test::named;
 using tb::test::ShellFixture;
 
 namespace {
-
-template <typename Widget> Widget* named(QWidget& root, const QString& name)
-{
-    for (auto* widget : root.findChildren<Widget*>())
-        if (widget->accessibleName() == name)
-            return widget;
-    return nullptr;
-}
 
 struct ControlsColumnTest : ShellFixture {
     QTemporaryDir media;
@@ -95,7 +88,6 @@ TEST_F(ControlsColumnTest, ControlsAndSettingsFollowEachOther)
     ASSERT_TRUE(mode && transition && delay && shuffle);
     EXPECT_EQ(mode->currentText(), QStringLiteral("2x2 Grid view"));
     EXPECT_EQ(delay->value(), 7.5);
-    EXPECT_EQ(transition->count(), 3);
 
     transition->setCurrentText(QStringLiteral("Ken Burns"));
     delay->stepUp();
@@ -132,5 +124,4 @@ TEST_F(ControlsColumnTest, StartIsDisabledWithAWarningWhileAShowRuns)
     slideshowManager.setSlideshowRunning(true);
     EXPECT_FALSE(start->isEnabled());
     EXPECT_TRUE(warning->isVisibleTo(&window));
-    EXPECT_GE(start->minimumWidth(), 100);
 }

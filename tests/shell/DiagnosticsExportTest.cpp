@@ -1,8 +1,8 @@
-#include "shell/DiagnosticsExport.h"
-#include "core/FileRevealer.h"
+#include "ShellFixture.h"
+
 #include "core/Logger.h"
+#include "shell/DiagnosticsExport.h"
 #include "support/LogCapture.h"
-#include "support/ScriptedUserDialogs.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -14,15 +14,10 @@ using test::ScriptedUserDialogs;
 
 namespace {
 
-struct RecordingRevealer final : FileRevealer {
-    void reveal(const QString& filePath) override { revealed.append(filePath); }
-    QStringList revealed;
-};
-
 struct ExportFixture : ::testing::Test {
     QTemporaryDir dir;
     ScriptedUserDialogs dialogs;
-    RecordingRevealer revealer;
+    test::RecordingRevealer revealer;
     std::unique_ptr<Logger> logger =
         std::make_unique<Logger>(dir.filePath(QStringLiteral("data")), [](const QByteArray&) {});
 };

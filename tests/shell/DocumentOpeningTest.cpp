@@ -7,7 +7,6 @@
 #include "support/LogCapture.h"
 
 #include <QFile>
-#include <QImage>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -17,14 +16,7 @@ using namespace tb::test;
 namespace {
 
 struct DocumentOpeningTest : ShellFixture {
-    QString picture(const char* name)
-    {
-        const QString path = dir.filePath(QLatin1String(name));
-        QImage image(8, 8, QImage::Format_RGB32);
-        image.fill(Qt::red);
-        EXPECT_TRUE(image.save(path, "PNG"));
-        return path;
-    }
+    QString picture(const char* name) { return savePicture(QLatin1String(name), Qt::red, {8, 8}); }
     // Pictures named in an order no sort option gives: z, a, m.
     SlideshowDocument document()
     {

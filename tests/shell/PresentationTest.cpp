@@ -4,7 +4,6 @@
 #include "playback/SessionControl.h"
 #include "shell/ScreenPlayerPresenter.h"
 
-#include <QImage>
 #include <QTest>
 
 using namespace tb;
@@ -18,13 +17,9 @@ struct PresentationTest : ShellFixture {
     {
         ContentView& window = openWindow();
         int n = 0;
-        for (const auto& [colour, size] : pictures) {
-            const QString path = dir.filePath(QStringLiteral("%1.png").arg(n++));
-            QImage picture(size, QImage::Format_RGB32);
-            picture.fill(colour);
-            EXPECT_TRUE(picture.save(path));
-            window.queue().append({makeItem(QUrl::fromLocalFile(path))});
-        }
+        for (const auto& [colour, size] : pictures)
+            window.queue().append(
+                {makeItem(QUrl::fromLocalFile(savePicture(QString::number(n++) + ".png", colour, size)))});
         settings.set(Settings::startInWindowedMode, true);
         settings.set(Settings::isManualMode, true);
         window.session().startCommand();

@@ -85,11 +85,7 @@ TEST(QtUserDialogs, EscapeAnswersWithTheLastButtonAsADismissal)
     EXPECT_EQ(answer.button, 1);
     EXPECT_TRUE(answer.dismissed);
 
-    whenShown<QMessageBox>([](QMessageBox* box) {
-        for (QAbstractButton* button : box->buttons())
-            if (button->text() == QStringLiteral("This Folder Only"))
-                button->click();
-    });
+    whenShown<QMessageBox>([](QMessageBox* box) { buttonLabelled(box, QStringLiteral("This Folder Only"))->click(); });
     answer = dialogs.question(AlertStyle::Information, QStringLiteral("Include Subfolders?"), QStringLiteral("Which?"),
                               buttons);
     EXPECT_EQ(answer.button, 1);

@@ -33,6 +33,14 @@ struct QueueViewTest : ShellFixture {
         QCoreApplication::processEvents();
     }
     QPoint centreOf(int row) { return view->visualRect(model->index(row)).center(); }
+    // The queue's order as the first letters of its file names.
+    QString order() const
+    {
+        QString letters;
+        for (const auto& item : queue.items())
+            letters += item.filename().left(1);
+        return letters;
+    }
 };
 
 } // namespace
@@ -109,7 +117,6 @@ TEST_F(QueueViewTest, DroppingACellOnAnotherMovesItThere)
     auto dropOnto = [&](const QUuid& dragged, int row) {
         QMimeData mime;
         mime.setText(dragged.toString(QUuid::WithoutBraces));
-        // As a drag arrives: enter, move, drop.
         QDragEnterEvent enter(centreOf(row), Qt::MoveAction, &mime, Qt::LeftButton, {});
         QCoreApplication::sendEvent(view->viewport(), &enter);
         QDragMoveEvent move(centreOf(row), Qt::MoveAction, &mime, Qt::LeftButton, {});
@@ -117,13 +124,9 @@ TEST_F(QueueViewTest, DroppingACellOnAnotherMovesItThere)
         QDropEvent drop(QPointF(centreOf(row)), Qt::MoveAction, &mime, Qt::LeftButton, {});
         QCoreApplication::sendEvent(view->viewport(), &drop);
     };
-    QString before;
-    for (const auto& item : queue.items())
-        before += item.filename().left(1);
+    const QString before = order();
     dropOnto(a, 2);
-    QString after;
-    for (const auto& item : queue.items())
-        after += item.filename().left(1);
+    const QString after = order();
     EXPECT_EQ(after, QString(before[1]) + before[2] + before[0] + before[3]) << "A onto C gives B, C, A, D";
 
     const int moved = int(queue.indexOf(a));
@@ -144,10 +147,7 @@ TEST_F(QueueViewTest, DroppingACellOnAnotherMovesItThere)
     EXPECT_FALSE(view->dropTarget().isValid());
 
     dropOnto(QUuid::createUuid(), 1);
-    QString unchanged;
-    for (const auto& item : queue.items())
-        unchanged += item.filename().left(1);
-    EXPECT_EQ(unchanged, after) << "an unknown id is lost";
+    EXPECT_EQ(order(), after) << "an unknown id is lost";
 }
 
 // The grid and the table follow every kind of change without a reset, and stay consistent

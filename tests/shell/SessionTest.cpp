@@ -154,18 +154,9 @@ TEST_F(ShellFixture, StartOpensThePlayerAndEscapeBringsTheMainWindowBack)
 {
     LogCapture log;
     ContentView& window = openWindow();
-    // Three real pictures: red, green, blue.
-    for (QColor colour : {QColor(Qt::red), QColor(Qt::green), QColor(Qt::blue)}) {
-        const QString path = dir.filePath(colour.name().mid(1) + QStringLiteral(".png"));
-        QImage picture(64, 48, QImage::Format_RGB32);
-        picture.fill(colour);
-        ASSERT_TRUE(picture.save(path));
-        window.queue().append({makeItem(QUrl::fromLocalFile(path))});
-    }
-    QPushButton* start = nullptr;
-    for (auto* button : window.findChildren<QPushButton*>())
-        if (button->text() == QStringLiteral("Start"))
-            start = button;
+    for (QColor colour : {QColor(Qt::red), QColor(Qt::green), QColor(Qt::blue)})
+        window.queue().append({makeItem(QUrl::fromLocalFile(savePicture(colour.name().mid(1) + ".png", colour)))});
+    auto* start = named<QPushButton>(window, QStringLiteral("Start"));
     ASSERT_NE(start, nullptr);
     start->click();
 
@@ -270,25 +261,17 @@ TEST_F(ShellFixture, ALiveShowsChangesReachTheMainWindow)
     ContentView& window = openWindow();
     const QString folder = dir.filePath(QStringLiteral("live"));
     QDir().mkpath(folder);
-    const auto picture = [&folder](const QString& name) {
-        QImage image(32, 24, QImage::Format_RGB32);
-        image.fill(Qt::gray);
-        image.save(folder + QLatin1Char('/') + name);
-        return folder + QLatin1Char('/') + name;
-    };
-    for (const char* name : {"a.png", "b.png"})
-        window.queue().append({makeItem(QUrl::fromLocalFile(picture(QString::fromLatin1(name))))});
+    for (const char* name : {"live/a.png", "live/b.png"})
+        window.queue().append({makeItem(QUrl::fromLocalFile(savePicture(QString::fromLatin1(name))))});
     window.intake().setTotalPhotosAdded(2);
     slideshowManager.setLiveModeActive(true);
     slideshowManager.setWatchedFolder(QUrl::fromLocalFile(folder));
-    for (auto* button : window.findChildren<QPushButton*>())
-        if (button->text() == QStringLiteral("Start"))
-            button->click();
+    named<QPushButton>(window, QStringLiteral("Start"))->click();
     ASSERT_EQ(folderWatchers.watched, folder);
     const QUuid refreshBefore = window.queue().refreshID();
 
-    picture(QStringLiteral("c.png"));
-    picture(QStringLiteral("d.png"));
+    savePicture(QStringLiteral("live/c.png"));
+    savePicture(QStringLiteral("live/d.png"));
     QFile::remove(folder + QStringLiteral("/a.png"));
     folderWatchers.change();
     scheduler.advance(0.3);

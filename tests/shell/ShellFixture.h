@@ -20,7 +20,9 @@
 #include "support/PlaybackDoubles.h"
 #include "support/ScriptedUserDialogs.h"
 
+#include <QImage>
 #include <QTemporaryDir>
+#include <QWidget>
 
 #include <gtest/gtest.h>
 
@@ -34,6 +36,15 @@ struct CountingIdleWatcher final : IdleWatching {
     void restart() override { ++restarts; }
     int restarts = 0;
 };
+
+// Controls are found the way a screen reader finds them: by their accessible name.
+template <typename Widget> Widget* named(const QWidget& root, const QString& name)
+{
+    for (auto* widget : root.findChildren<Widget*>())
+        if (widget->accessibleName() == name)
+            return widget;
+    return nullptr;
+}
 
 struct RecordingRevealer final : FileRevealer {
     void reveal(const QString& filePath) override { revealed.append(filePath); }
@@ -85,6 +96,16 @@ struct ShellFixture : ::testing::Test {
         ContentView& window = addWindow();
         window.show();
         return window;
+    }
+
+    // A flat-coloured PNG in the test's folder, whatever its name says; returns its path.
+    QString savePicture(const QString& name, QColor colour = Qt::red, QSize size = {64, 48})
+    {
+        QImage picture(size, QImage::Format_RGB32);
+        picture.fill(colour);
+        const QString path = dir.filePath(name);
+        EXPECT_TRUE(picture.save(path, "PNG"));
+        return path;
     }
 
     QStringList promptTitles() const

@@ -6,7 +6,6 @@
 #include "shell/ScreenPlayerPresenter.h"
 #include "support/LogCapture.h"
 
-#include <QImage>
 #include <QTest>
 
 using namespace tb;
@@ -24,6 +23,9 @@ struct ShowAudioCase {
 
 const QStringList prepared{"Audio playback stopped", "Audio track prepared: a.wav",
                            "Audio manager prepared for new slideshow", "Audio playback started"};
+const QStringList paused{"Audio playback paused"};
+const QStringList started{"Audio playback started"};
+const QStringList noTracks{"Cannot play: no audio tracks available"};
 
 } // namespace
 
@@ -31,49 +33,17 @@ const QStringList prepared{"Audio playback stopped", "Audio track prepared: a.wa
 // player window: single shows touch the playlist whatever it holds, grids only when it has tracks.
 TEST_F(ShellFixture, ShowsDriveTheirWindowsPlaylistAtEachStep)
 {
+    const QStringList pausedStartedStopped = paused + started + QStringList{"Audio playback stopped"};
     const ShowAudioCase cases[] = {
-        {"single without tracks",
-         0,
-         false,
-         0,
-         {},
-         {"Audio playback paused"},
-         {"Cannot play: no audio tracks available"},
-         {"Cannot play: no audio tracks available", "Audio playback stopped"}},
-        {"single with tracks",
-         0,
-         false,
-         2,
-         prepared,
-         {"Audio playback paused"},
-         {"Audio playback started"},
-         {"Audio playback paused", "Audio playback started", "Audio playback stopped"}},
-        {"manual single with tracks",
-         0,
-         true,
-         2,
-         prepared,
-         {"Audio playback paused"},
-         {"Audio playback started"},
-         {"Audio playback paused", "Audio playback started", "Audio playback stopped"}},
+        {"single without tracks", 0, false, 0, {}, paused, noTracks, noTracks + QStringList{"Audio playback stopped"}},
+        {"single with tracks", 0, false, 2, prepared, paused, started, pausedStartedStopped},
+        {"manual single with tracks", 0, true, 2, prepared, paused, started, pausedStartedStopped},
         {"grid without tracks", 2, false, 0, {}, {}, {}, {}},
-        {"grid with tracks",
-         2,
-         false,
-         2,
-         prepared,
-         {"Audio playback paused"},
-         {"Audio playback started"},
-         {"Audio playback paused"}},
+        {"grid with tracks", 2, false, 2, prepared, paused, started, paused},
     };
     ContentView& window = openWindow();
-    for (int n = 0; n < 4; ++n) {
-        const QString path = dir.filePath(QStringLiteral("%1.png").arg(n));
-        QImage picture(64, 48, QImage::Format_RGB32);
-        picture.fill(Qt::darkCyan);
-        ASSERT_TRUE(picture.save(path));
-        window.queue().append({makeItem(QUrl::fromLocalFile(path))});
-    }
+    for (int n = 0; n < 4; ++n)
+        window.queue().append({makeItem(QUrl::fromLocalFile(savePicture(QString::number(n) + ".png")))});
     settings.set(Settings::startInWindowedMode, true);
     AudioManager& audio = window.audio();
     for (const ShowAudioCase& c : cases) {

@@ -238,15 +238,12 @@ TEST_F(UpdaterTest, WithoutAUsableFeedNothingIsFetched)
     EXPECT_TRUE(none->findChildren<QNetworkAccessManager*>().isEmpty());
 }
 
-struct UpdaterButtonTest : test::ShellFixture {};
+using UpdaterButtonTest = test::ShellFixture;
 
 TEST_F(UpdaterButtonTest, TheButtonRecordsItsEventAndThenChecks)
 {
     ContentView& window = openWindow();
-    QPushButton* button = nullptr;
-    for (auto* candidate : window.findChildren<QPushButton*>())
-        if (candidate->accessibleName() == QStringLiteral("Check for updates"))
-            button = candidate;
+    auto* button = test::named<QPushButton>(window, QStringLiteral("Check for updates"));
     ASSERT_NE(button, nullptr);
     button->click();
     const RecordingAnalytics::Event expected{QStringLiteral("check_for_updates_clicked"),

@@ -25,10 +25,7 @@ struct VideoExportTest : ShellFixture {
 
     IdentifiableImage picture(const QString& name, QColor colour)
     {
-        QImage image(64, 48, QImage::Format_RGB32);
-        image.fill(colour);
-        image.save(dir.filePath(name));
-        return makeItem(QUrl::fromLocalFile(dir.filePath(name)));
+        return makeItem(QUrl::fromLocalFile(savePicture(name, colour)));
     }
     static IdentifiableImage clip()
     {
@@ -74,13 +71,9 @@ TEST_F(VideoExportTest, ThePanelPlansFromTheQueueAndSavesOnlyTheColour)
     EXPECT_EQ(panel.durationText(), QStringLiteral("Video duration: 9s")) << "2 x 4.2 s + one 0.8 s fade";
     EXPECT_EQ(panel.warningText(), QString::fromUtf8("1 video will be skipped — only images can be exported."));
     EXPECT_EQ(panel.audioText(), QStringLiteral("Audio: no tracks added"));
-    for (auto* button : panel.findChildren<QPushButton*>())
-        if (button->text() == QStringLiteral("Reset to default (black)"))
-            button->click();
+    named<QPushButton>(panel, QStringLiteral("Reset to default (black)"))->click();
     EXPECT_EQ(settings.loadColor(Settings::backgroundColorData, Qt::white), QColor(Qt::black));
-    for (auto* button : panel.findChildren<QPushButton*>())
-        if (button->text() == QStringLiteral("Export"))
-            button->click();
+    named<QPushButton>(panel, QStringLiteral("Export"))->click();
     ASSERT_TRUE(exported);
     EXPECT_EQ(exported->images.size(), 2);
     EXPECT_EQ(exported->images.first().filename(), QStringLiteral("b.png")) << "the selected picture opens the movie";
