@@ -50,7 +50,7 @@ struct LiveShow : PlayerHarness {
         }
         manager.setLiveModeActive(true);
         manager.setWatchedFolder(QUrl::fromLocalFile(folder));
-        c.onNewImagesAdded = [this](const QList<IdentifiableImage>& items) { reportedAdded += int(items.size()); };
+        c.onNewImagesAdded = [this](const QList<IdentifiableImage>& added) { reportedAdded += int(added.size()); };
         c.onImagesRemoved = [this](int count) { reportedRemoved += count; };
         if (!startAt.isEmpty())
             c.startingImageId = items.at(names.indexOf(startAt)).id();
