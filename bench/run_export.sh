@@ -54,6 +54,8 @@ ssimOf() {
   ffmpeg -nostats -i "$1" -i "$2" -lavfi "[0:v]$pick[a];[1:v]$pick[b];[a][b]ssim" -f null - 2>&1 |
     sed -n 's/.*All:\([0-9.]*\) (\([0-9.]*\)).*/\1 (\2 dB)/p' | tail -n 1
 }
+# Reference frames go to NUT, which keeps the 1/30 s timestamps: Matroska rounds them to whole
+# milliseconds, and the ssim filter then pairs every third movie frame with the frame before it.
 # Our frames, uncompressed: converted as the movie writer converts them (BT.709), and as ffmpeg's
 # timeline holds them (BT.601).
 ourFrames() {
@@ -63,7 +65,7 @@ ourFrames() {
   mkfifo "$work/fifo"
   ffmpeg -v error -y -f rawvideo -pix_fmt bgra -s "${w}x$h" -r 30 -i "$work/fifo" -filter_complex \
     "[0:v]split[a][b];[a]scale=flags=bicubic:out_color_matrix=bt709:out_range=tv,format=yuv420p[m];[b]scale=flags=bicubic:out_color_matrix=bt601:out_range=tv,format=yuv420p[s]" \
-    -map "[m]" -c:v ffv1 "$work/ours-709.mkv" -map "[s]" -c:v ffv1 "$work/ours-601.mkv" &
+    -map "[m]" -c:v ffv1 "$work/ours-709.nut" -map "[s]" -c:v ffv1 "$work/ours-601.nut" &
   "$bench" --raw="$work/fifo" "$work/raw.mp4" "$w" "$h" 5 "$kind" - "$@" >/dev/null
   wait
 }
@@ -80,12 +82,14 @@ runCase() {
   echo "tallowbrook: $("$bench" "$work/ours.$ext" "$w" "$h" 5 "$kind" "$audio" "${photos[@]:0:$n}")"
   echo "ffmpeg:      $(timed ffmpeg -v error -y "${in[@]}" -i "$audio" -filter_complex "$g" -map "[$(cat "$work/last")]" \
     -map "$n:a" -t "$duration" -pix_fmt yuv420p "$@" -c:a aac -b:a 128k "$work/theirs.$ext")"
-  ffmpeg -v error -y "${in[@]}" -filter_complex "$g" -map "[$(cat "$work/last")]" -c:v ffv1 "$work/theirs-frames.mkv"
+  # ffmpeg's frames as its movie holds them: xfade works in 4:4:4, and the mp4 is constant-rate.
+  ffmpeg -v error -y "${in[@]}" -filter_complex "$g" -map "[$(cat "$work/last")]" \
+    -fps_mode cfr -pix_fmt yuv420p -c:v ffv1 "$work/theirs-frames.nut"
   ourFrames "$w" "$h" "$kind" "${photos[@]:0:$n}"
-  echo "SSIM, movie against its own frames: tallowbrook $(ssimOf "$work/ours.$ext" "$work/ours-709.mkv"), ffmpeg $(ssimOf "$work/theirs.$ext" "$work/theirs-frames.mkv")"
+  echo "SSIM, movie against its own frames: tallowbrook $(ssimOf "$work/ours.$ext" "$work/ours-709.nut"), ffmpeg $(ssimOf "$work/theirs.$ext" "$work/theirs-frames.nut")"
   # Frame n is a still in both timelines when n mod 150 < 126 (4.2 s of every 5 s).
   [ "$kind" = fade ] &&
-    echo "SSIM, our still frames against ffmpeg's: $(ssimOf "$work/ours-601.mkv" "$work/theirs-frames.mkv" "select='lt(mod(n\,150)\,126)'")"
+    echo "SSIM, our still frames against ffmpeg's: $(ssimOf "$work/ours-601.nut" "$work/theirs-frames.nut" "select='lt(mod(n\,150)\,126)'")"
   rm -f "$work"/ours* "$work"/theirs* "$work"/raw.mp4
 }
 
