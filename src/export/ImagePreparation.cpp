@@ -9,6 +9,10 @@
 #include <algorithm>
 #include <cmath>
 
+extern "C" {
+#include <libswscale/swscale.h>
+}
+
 namespace tb::ImagePreparation {
 
 namespace {
@@ -23,6 +27,45 @@ QRect fit(QSizeF source, QSize target)
     const QPointF corner((target.width() - width) * 0.5, (target.height() - height) * 0.5);
     return {int(std::lround(corner.x())), int(std::lround(corner.y())), int(std::lround(width)),
             int(std::lround(height))};
+}
+
+constexpr AVPixelFormat qtPixelLayout = Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? AV_PIX_FMT_BGRA : AV_PIX_FMT_ARGB;
+
+// Lanczos resampling. The decoders' own smooth scaling averages areas, which lets fine detail and
+// grain alias into the frame as noise: further from the photo, and dearer to encode.
+QImage resampled(const QImage& image, QSize size)
+{
+    if (image.size() == size)
+        return image;
+    const bool opaque = !image.hasAlphaChannel();
+    const QImage source = image.convertToFormat(opaque ? QImage::Format_RGB32 : QImage::Format_ARGB32_Premultiplied);
+    QImage result(size, source.format());
+    SwsContext* scaler =
+        result.isNull() ? nullptr
+                        : sws_getContext(source.width(), source.height(), qtPixelLayout, size.width(), size.height(),
+                                         qtPixelLayout, SWS_LANCZOS | SWS_ACCURATE_RND, nullptr, nullptr, nullptr);
+    if (!scaler)
+        return source.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    const uint8_t* const sourcePlanes[] = {source.constBits()};
+    const int sourceStrides[] = {int(source.bytesPerLine())};
+    uint8_t* const resultPlanes[] = {result.bits()};
+    const int resultStrides[] = {int(result.bytesPerLine())};
+    sws_scale(scaler, sourcePlanes, sourceStrides, 0, source.height(), resultPlanes, resultStrides);
+    sws_freeContext(scaler);
+    // Lanczos lobes overshoot at hard edges: keep alpha opaque, or colour within alpha.
+    for (int y = 0; y < size.height(); ++y) {
+        auto* pixel = reinterpret_cast<QRgb*>(result.scanLine(y));
+        for (int x = 0; x < size.width(); ++x) {
+            const QRgb p = pixel[x];
+            if (opaque) {
+                pixel[x] = p | 0xff000000u;
+            } else {
+                const int a = qAlpha(p);
+                pixel[x] = qRgba(std::min(qRed(p), a), std::min(qGreen(p), a), std::min(qBlue(p), a), a);
+            }
+        }
+    }
+    return result;
 }
 
 } // namespace
@@ -45,10 +88,14 @@ QSizeF imageSize(const IdentifiableImage& item)
 std::optional<QImage> decodeFitted(const IdentifiableImage& item, QSizeF sourceSize, QSize frame)
 {
     QImageReader reader(item.filePath());
-    QImage image = readUpright(reader, fit(sourceSize, frame).size());
+    const QSize fitted = fit(sourceSize, frame).size();
+    // Whole, at the size the header gives (or the fitted size when it gives none): the JPEG reader
+    // decodes whole at full quality anyway, then averages areas.
+    const QSize whole = uprightSize(reader);
+    const QImage image = readUpright(reader, whole.isValid() ? whole : fitted);
     if (image.isNull())
         return std::nullopt;
-    return image;
+    return resampled(image, fitted);
 }
 
 QImage scaledImage(const QImage& source, QSizeF sourceSize, QSize target, const QColor& background)

@@ -13,15 +13,15 @@ namespace tb {
 
 // Brings every picture of a movie to exactly the frame's size before any frame is made: fitted
 // whole (small pictures are scaled up too), centred, with the background colour on the free
-// sides and through any transparency. Decoding happens at the fitted size, so a 24-megapixel
-// photo is never held whole.
+// sides and through any transparency. Each picture is decoded whole, once, and Lanczos resampling
+// gives its fitted size.
 namespace ImagePreparation {
 
 // The picture's upright size in pixels: from the header, turned by the orientation the decoder
 // will apply; else from a full decode (with a warning); else 1920x1080 (with an error).
 QSizeF imageSize(const IdentifiableImage& item);
 
-// The file decoded at the size it takes in the frame; nothing when it cannot be read.
+// The file decoded and resampled to the size it takes in the frame; nothing when it cannot be read.
 std::optional<QImage> decodeFitted(const IdentifiableImage& item, QSizeF sourceSize, QSize frame);
 
 // `source` (a picture of `sourceSize`, or already decoded at its fitted size) fitted into a

@@ -10,6 +10,7 @@
 #include <QTemporaryDir>
 
 #include <array>
+#include <cmath>
 #include <random>
 
 #include <exiv2/exiv2.hpp>
@@ -221,6 +222,27 @@ TEST(ImagePreparation, PicturesAreFittedUprightOnTheBackground)
     EXPECT_LE(channelDifference(framed, expected->first()), 2)
         << framed.name().toStdString() << " for " << expected->first().name().toStdString();
     std::printf("exported frame: difference from Little CMS %d/255\n", channelDifference(framed, expected->first()));
+
+    // Detail finer than the frame can hold is filtered out, not folded back as a coarser pattern:
+    // stripes 2.4 px apart, halved, come out as even grey (averaging pairs of pixels leaves
+    // beats of about 19 levels).
+    QImage stripes({2000, 1000}, QImage::Format_RGB32);
+    for (int x = 0; x < stripes.width(); ++x) {
+        const int level = int(std::lround(128 + 100 * std::sin(2 * M_PI * x / 2.4)));
+        for (int y = 0; y < stripes.height(); ++y)
+            stripes.setPixel(x, y, qRgb(level, level, level));
+    }
+    for (const char* name : {"stripes.png", "stripes.jpg"}) {
+        const QString path = dir.filePath(QLatin1String(name));
+        stripes.save(path, nullptr, 100);
+        const auto halved = ImagePreparation::decodeFitted(itemFor(path), {2000, 1000}, {1000, 500});
+        ASSERT_TRUE(halved);
+        ASSERT_EQ(halved->size(), QSize(1000, 500));
+        int worst = 0;
+        for (int x = 10; x < 990; ++x)
+            worst = std::max(worst, std::abs(qGray(halved->pixel(x, 250)) - 128));
+        EXPECT_LE(worst, 6) << name;
+    }
 
     // An unreadable file: the size falls back with its two lines, and nothing decodes.
     const QString broken = dir.filePath(QStringLiteral("broken.jpg"));
