@@ -22,21 +22,21 @@ tunings() {
   rm -f "$work/fifo"
   mkfifo "$work/fifo"
   ffmpeg -v error -y -f rawvideo -pix_fmt bgra -s "${w}x$h" -r 30 -i "$work/fifo" \
-    -vf "scale=flags=bicubic:out_color_matrix=bt709:out_range=tv,format=yuv420p" -c:v ffv1 "$work/frames.mkv" &
+    -vf "scale=flags=bicubic:out_color_matrix=bt709:out_range=tv,format=yuv420p" -c:v ffv1 "$work/frames.nut" &
   "$bench" --raw="$work/fifo" "$work/raw.$ext" "$w" "$h" 5 "$kind" - "${photos[@]}" >/dev/null
   wait
   while [ $# -ge 2 ]; do
     local preset=$1 params=$2 figures ssim
     shift 2
     figures=$("$bench" --preset="$preset" --params="$params" "$work/movie.$ext" "$w" "$h" 5 "$kind" - "${photos[@]}")
-    ssim=$(ffmpeg -nostats -i "$work/movie.$ext" -i "$work/frames.mkv" -lavfi "[0:v][1:v]ssim" -f null - 2>&1 |
+    ssim=$(ffmpeg -nostats -i "$work/movie.$ext" -i "$work/frames.nut" -lavfi "[0:v][1:v]ssim" -f null - 2>&1 |
       sed -n 's/.*All:\([0-9.]*\) (\([0-9.]*\)).*/\1 (\2 dB)/p' | tail -n 1)
     echo "$kind ${w}x$h $ext $preset${params:+ $params}: $figures, SSIM $ssim"
   done
-  rm -f "$work"/movie.* "$work/frames.mkv"
+  rm -f "$work"/movie.* "$work/frames.nut"
 }
 
-tunings fade 1920 1080 mp4 medium "" faster "" faster trellis=0 faster subme=1 veryfast ""
+tunings fade 1920 1080 mp4 medium "" faster "" faster trellis=0 faster subme=1 faster subme=6:me=dia:aq-mode=0:no-dct-decimate=1 veryfast ""
 tunings kenburns 1920 1080 mp4 faster "" veryfast "" superfast "" ultrafast "" \
   ultrafast 8x8dct=1:aq-mode=1:subme=1:bframes=3:deblock=0,0
 tunings fade 3840 2160 mov medium "" fast "" faster "" veryfast "" faster limit-sao=1 faster limit-sao=1:psy-rd=0

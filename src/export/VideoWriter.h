@@ -73,9 +73,12 @@ public:
     static std::unique_ptr<VideoWriter> open(const VideoWriterSettings& settings, ExportError& error);
     // The encoder's preset and its parameters on top, chosen by measurement (bench/run_presets.sh,
     // two cores, 50 and 60 Mbit/s):
-    //  - still pictures and dissolves in H.264: "faster" with the simplest sub-pixel search
-    //    (subme=1) beats "medium" in time (39 %) and matches it in SSIM: nothing moves, so the
-    //    search only costs; turning trellis off instead loses 2.5 dB on the stills.
+    //  - still pictures and dissolves in H.264: the bit rate is never reached (a still costs
+    //    nothing after its first frame), so the quantiser sits at its floor and the encoder's
+    //    mode decisions set the quality. "faster" with rate-distortion mode decision (subme=6)
+    //    and the diamond motion search, without adaptive quantisation or DCT decimation, beats
+    //    "medium" by 0.1 dB in 60 % of its time; the simplest sub-pixel search (subme=1) takes
+    //    two thirds of that time for 0.27 dB less, and turning trellis off loses 2.5 dB.
     //  - moving pictures (Ken Burns) in H.264: every frame is new, so at 50 Mbit/s the entropy
     //    coder dominates. "ultrafast" with CAVLC but with the 8x8 transform, adaptive
     //    quantisation, the simplest sub-pixel search, B-frames and the deblocking filter back
