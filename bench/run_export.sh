@@ -9,7 +9,7 @@
 #   1080p H.264 50 Mbit/s + AAC, 10 photos x 5 s, fades
 #   1080p Ken Burns (ffmpeg: zoompan + xfade), 10 photos x 5 s
 #   2160p HEVC 60 Mbit/s, 4 photos x 5 s, fades
-# Usage: bench/run_export.sh   (after bench/run_thumbnails.sh has made the corpus)
+# Usage: bench/run_export.sh [fades] [kenburns] [4k]   (all three when none is named)
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source bench/bench_lib.sh
@@ -93,6 +93,14 @@ runCase() {
   rm -f "$work"/ours* "$work"/theirs* "$work"/raw.mp4
 }
 
-runCase "1080p H.264, 10 photos x 5 s, fades" 10 1920 1080 fade mp4 -c:v libx264 -profile:v high -b:v 50M
-runCase "1080p Ken Burns, 10 photos x 5 s" 10 1920 1080 kenburns mp4 -c:v libx264 -profile:v high -b:v 50M
-runCase "2160p HEVC, 4 photos x 5 s, fades" 4 3840 2160 fade mov -c:v libx265 -b:v 60M -tag:v hvc1
+wanted() { [ ${#cases[@]} -eq 0 ] || [[ " ${cases[*]} " == *" $1 "* ]]; }
+cases=("$@")
+if wanted fades; then
+  runCase "1080p H.264, 10 photos x 5 s, fades" 10 1920 1080 fade mp4 -c:v libx264 -profile:v high -b:v 50M
+fi
+if wanted kenburns; then
+  runCase "1080p Ken Burns, 10 photos x 5 s" 10 1920 1080 kenburns mp4 -c:v libx264 -profile:v high -b:v 50M
+fi
+if wanted 4k; then
+  runCase "2160p HEVC, 4 photos x 5 s, fades" 4 3840 2160 fade mov -c:v libx265 -b:v 60M -tag:v hvc1
+fi

@@ -36,7 +36,7 @@ tunings() {
   rm -f "$work"/movie.* "$work/frames.nut"
 }
 
-tunings fade 1920 1080 mp4 medium "" faster "" faster trellis=0 faster subme=1 faster subme=6:me=dia:aq-mode=0:no-dct-decimate=1 veryfast ""
+tunings fade 1920 1080 mp4 medium "" faster "" faster trellis=0 faster subme=1 veryfast subme=6:trellis=1:me=dia:aq-mode=0:no-dct-decimate=1 veryfast ""
 tunings kenburns 1920 1080 mp4 faster "" veryfast "" superfast "" ultrafast "" \
   ultrafast 8x8dct=1:aq-mode=1:subme=1:bframes=3:deblock=0,0
 tunings fade 3840 2160 mov medium "" fast "" faster "" veryfast "" faster limit-sao=1 faster limit-sao=1:psy-rd=0

@@ -92,9 +92,14 @@ std::optional<QImage> decodeFitted(const IdentifiableImage& item, QSizeF sourceS
     // Whole, at the size the header gives (or the fitted size when it gives none): the JPEG reader
     // decodes whole at full quality anyway, then averages areas.
     const QSize whole = uprightSize(reader);
-    const QImage image = readUpright(reader, whole.isValid() ? whole : fitted);
+    QImage image = readUpright(reader, whole.isValid() ? whole : fitted);
     if (image.isNull())
         return std::nullopt;
+    // A picture three or more times the size it takes is first halved by averaging pixel pairs,
+    // which is cheap: the resampling after it still sets the cut-off, well below what the
+    // averaging lets through. It saves most of the resampling's time on a 24-megapixel photo.
+    if (image.width() >= 3 * fitted.width() && image.height() >= 3 * fitted.height())
+        image = image.scaled(image.width() / 2, image.height() / 2, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     return resampled(image, fitted);
 }
 

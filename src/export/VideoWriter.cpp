@@ -54,7 +54,7 @@ VideoWriter::Tuning VideoWriter::defaultTuning(ContainerFormat format, bool movi
         return {QStringLiteral("faster"), QStringLiteral("limit-sao=1:psy-rd=0")};
     if (moving)
         return {QStringLiteral("ultrafast"), QStringLiteral("8x8dct=1:aq-mode=1:subme=1:bframes=3:deblock=0,0")};
-    return {QStringLiteral("faster"), QStringLiteral("subme=6:me=dia:aq-mode=0:no-dct-decimate=1")};
+    return {QStringLiteral("veryfast"), QStringLiteral("subme=6:trellis=1:me=dia:aq-mode=0:no-dct-decimate=1")};
 }
 
 VideoWriter::VideoWriter(const VideoWriterSettings& settings) : settings(settings) {}

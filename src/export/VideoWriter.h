@@ -75,10 +75,10 @@ public:
     // two cores, 50 and 60 Mbit/s):
     //  - still pictures and dissolves in H.264: the bit rate is never reached (a still costs
     //    nothing after its first frame), so the quantiser sits at its floor and the encoder's
-    //    mode decisions set the quality. "faster" with rate-distortion mode decision (subme=6)
-    //    and the diamond motion search, without adaptive quantisation or DCT decimation, beats
-    //    "medium" by 0.1 dB in 60 % of its time; the simplest sub-pixel search (subme=1) takes
-    //    two thirds of that time for 0.27 dB less, and turning trellis off loses 2.5 dB.
+    //    mode decisions set the quality. "veryfast" with rate-distortion mode decision (subme=6),
+    //    trellis, the diamond motion search and neither adaptive quantisation nor DCT decimation
+    //    beats "medium" by 0.1 dB in 60 % of its time, and "faster" with the same by 0.04 dB;
+    //    the simplest sub-pixel search (subme=1) loses 0.3 dB, turning trellis off 2.5 dB.
     //  - moving pictures (Ken Burns) in H.264: every frame is new, so at 50 Mbit/s the entropy
     //    coder dominates. "ultrafast" with CAVLC but with the 8x8 transform, adaptive
     //    quantisation, the simplest sub-pixel search, B-frames and the deblocking filter back
