@@ -13,8 +13,8 @@ namespace tb {
 
 // Brings every picture of a movie to exactly the frame's size before any frame is made: fitted
 // whole (small pictures are scaled up too), centred, with the background colour on the free
-// sides and through any transparency. Each picture is decoded whole, once, and Lanczos resampling
-// gives its fitted size.
+// sides and through any transparency. Each picture is decoded whole, once; one three or more
+// times too big is halved by averaging, and Lanczos resampling then gives its fitted size.
 namespace ImagePreparation {
 
 // The picture's upright size in pixels: from the header, turned by the orientation the decoder
