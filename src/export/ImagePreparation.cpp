@@ -1,6 +1,7 @@
 #include "ImagePreparation.h"
 
 #include "core/Logger.h"
+#include "export/QtPixelLayout.h"
 #include "media/ImageLoader.h"
 
 #include <QImageReader>
@@ -28,8 +29,6 @@ QRect fit(QSizeF source, QSize target)
     return {int(std::lround(corner.x())), int(std::lround(corner.y())), int(std::lround(width)),
             int(std::lround(height))};
 }
-
-constexpr AVPixelFormat qtPixelLayout = Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? AV_PIX_FMT_BGRA : AV_PIX_FMT_ARGB;
 
 // Lanczos resampling. The decoders' own smooth scaling averages areas, which lets fine detail and
 // grain alias into the frame as noise: further from the photo, and dearer to encode.

@@ -1,5 +1,6 @@
 #include "VideoWriter.h"
 
+#include "export/QtPixelLayout.h"
 #include "media/ClipProbe.h"
 
 #include <algorithm>
@@ -18,8 +19,6 @@ namespace tb {
 
 namespace {
 
-// QImage's 32-bit formats are 0xAARRGGBB words, so their byte order follows the machine's.
-constexpr AVPixelFormat qtPixelLayout = Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? AV_PIX_FMT_BGRA : AV_PIX_FMT_ARGB;
 constexpr AVPixelFormat moviePixelFormat = AV_PIX_FMT_YUV420P;
 // swscale's vector code wants its rows on 32-byte boundaries.
 constexpr int planeAlignment = 32;
