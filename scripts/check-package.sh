@@ -143,7 +143,7 @@ type=$(gio info -a standard::content-type "$document" 2>&1 | sed -n 's/^ *standa
 step "gio: a .slideshow file is application/x-tallowbrook-slideshow"
 
 # The server picks a free display itself and writes its number once it is ready.
-Xvfb -displayfd 3 -screen 0 1280x900x24 -nolisten tcp 3>"$work/display" 2>"$work/xvfb.txt" &
+Xvfb -displayfd 3 -screen 0 1280x900x24 -nolisten tcp -noreset 3>"$work/display" 2>"$work/xvfb.txt" &
 xvfb=$!
 waitFor '[ -s "$work/display" ]' || failSeen "no virtual display"
 export DISPLAY=:$(head -n 1 "$work/display")

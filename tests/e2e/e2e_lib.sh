@@ -44,8 +44,10 @@ if [ "${E2E_SESSION:-x11}" = wayland ]; then
 else
   # The server picks a free display number itself and writes it once it is ready, so tests running
   # side by side never share a display (choosing a number from lock files, as xvfb-run -a does,
-  # races: two tests could take the same one and drop onto each other's windows).
-  Xvfb -displayfd 3 -screen 0 1280x900x24 -nolisten tcp 3>"$work/display" 2>"$work/server.txt" &
+  # races: two tests could take the same one and drop onto each other's windows). -noreset: an X
+  # server resets when its last client leaves, and refuses connections while it does, so the probe
+  # below could be answered once and then turned away.
+  Xvfb -displayfd 3 -screen 0 1280x900x24 -nolisten tcp -noreset 3>"$work/display" 2>"$work/server.txt" &
   displayServer=$!
   for _ in $(seq 1 300); do [ -s "$work/display" ] && break; sleep 0.1; done
   [ -s "$work/display" ] || { echo "e2e: FAILED: no virtual display ($(cat "$work/server.txt"))"; exit 1; }

@@ -160,7 +160,8 @@ TEST(IdleTimeChain, TheFirstProbeThatKnowsAnswersAndTheRestAreNotAsked)
 
 namespace {
 
-// A virtual X server of the test's own; it writes its display number once it is ready.
+// A virtual X server of the test's own; it writes its display number once it is ready, and does
+// not reset (refusing connections meanwhile) each time the probe's last connection closes.
 struct XServer : ::testing::Test {
     QProcess server;
     QByteArray display;
@@ -171,9 +172,10 @@ struct XServer : ::testing::Test {
         if (!X11IdleTimeSource::builtWithX11)
             GTEST_SKIP() << "built without the X libraries";
         sinceStart.start();
-        server.start(QStringLiteral("Xvfb"), QStringList{QStringLiteral("-displayfd"), QStringLiteral("1"),
-                                                         QStringLiteral("-nolisten"), QStringLiteral("tcp")} +
-                                                 extra);
+        server.start(QStringLiteral("Xvfb"),
+                     QStringList{QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-nolisten"),
+                                 QStringLiteral("tcp"), QStringLiteral("-noreset")} +
+                         extra);
         if (!server.waitForStarted(5000))
             GTEST_SKIP() << "Xvfb is not installed";
         ASSERT_TRUE(QTest::qWaitFor([this] { return server.canReadLine(); }, 10000)) << "Xvfb gave no display";
