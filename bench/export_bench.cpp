@@ -1,6 +1,6 @@
 // Renders a movie from photos the way "Export as Video" does, with no window, and reports the
 // time it took and the process's peak resident memory.
-// Usage: export_bench [--preset=P] [--params=x264/x265 params] [--raw=frames.bgra]
+// Usage: export_bench [--preset=P] [--params=x264/x265 params] [--inter-params=x264 options] [--raw=frames.bgra]
 //                     <out.mp4|out.mov> <width> <height> <delay> <none|fade|kenburns> <audio file or -> <photo>...
 // --raw writes the uncompressed frames (BGRA, one per timestamp) to that path instead of encoding,
 // as the reference a movie's quality is measured against.
@@ -79,6 +79,8 @@ int main(int argc, char* argv[])
             request.encoderPreset = value;
         else if (option.startsWith(QLatin1String("--params=")))
             request.encoderParams = value;
+        else if (option.startsWith(QLatin1String("--inter-params=")))
+            request.encoderInterParams = value;
         else if (option.startsWith(QLatin1String("--raw=")))
             rawPath = value;
     }

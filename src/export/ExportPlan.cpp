@@ -50,6 +50,15 @@ FramePlan::FramePlan(int imageCount, double delay, TransitionType type)
 {
 }
 
+std::vector<FrameSpan> FramePlan::soloSpans() const
+{
+    std::vector<FrameSpan> spans;
+    spans.reserve(size_t(std::max(imageCount, 0)));
+    for (int i = 0; i < imageCount; ++i)
+        spans.push_back({qint64(i) * (soloFrames + transitionFrames), soloFrames});
+    return spans;
+}
+
 QString formatDuration(double seconds)
 {
     const auto total = qint64(std::round(seconds));

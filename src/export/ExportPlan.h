@@ -11,6 +11,7 @@
 #include <QUuid>
 
 #include <optional>
+#include <vector>
 
 namespace tb {
 
@@ -41,6 +42,13 @@ struct ExportSettings {
 // transition, and there is no hold at the end. Frame counts are truncated toward zero in
 // doubles, so a delay of 1 s with a 0.8 s transition has a 0.19999999999999996 s solo of 5
 // frames; the estimate the panel shows and the frames the exporter makes come from here alike.
+// Frames first .. first + count - 1 of a movie.
+struct FrameSpan {
+    qint64 first = 0;
+    qint64 count = 0;
+    bool operator==(const FrameSpan&) const = default;
+};
+
 struct FramePlan {
     static constexpr int frameRate = 30;
     // The transitions of the movie are always this long, whatever the player's cross-fade.
@@ -56,6 +64,10 @@ struct FramePlan {
     int transitionFrames;
     int totalFrames;
     double videoDuration; // seconds, what the sound track is cut to
+
+    // The stretches where a picture stands alone: every picture's solo frames, one after the other
+    // with the transitions between them. Unless the pictures move, each stretch repeats one frame.
+    std::vector<FrameSpan> soloSpans() const;
 };
 
 // "14s", "2m", "2m 5s", "1h", "1h 5m", "1h 0m 5s": the estimate rounded to whole seconds.

@@ -177,6 +177,9 @@ ExportResult VideoExporter::exportMovie(const ExportRequest& request, const std:
     settings.moving = request.movesPictures();
     settings.preset = request.encoderPreset;
     settings.params = request.encoderParams;
+    settings.interParams = request.encoderInterParams;
+    if (!settings.moving)
+        settings.stills = plan.soloSpans();
     ExportError openError;
     run.writer = openSink(settings, openError);
     if (!run.writer) {

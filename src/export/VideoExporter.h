@@ -34,8 +34,9 @@ struct ExportRequest {
     QColor background = Qt::black;
     // One per picture, drawn before the export starts; empty unless the transition is Ken Burns.
     QList<KenBurnsTargetState> kenBurnsTargets;
-    QString encoderPreset; // empty: the writer's own tuning
-    QString encoderParams; // with a given preset
+    QString encoderPreset;      // empty: the writer's own tuning
+    QString encoderParams;      // with a given preset
+    QString encoderInterParams; // with a given preset: H.264 options between the keyframes
 
     // Ken Burns with a target for every picture: the only way frames move.
     bool movesPictures() const

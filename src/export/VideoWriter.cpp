@@ -50,10 +50,11 @@ void VideoWriter::FrameFree::operator()(AVFrame* frame) const { av_frame_free(&f
 VideoWriter::Tuning VideoWriter::defaultTuning(ContainerFormat format, bool moving)
 {
     if (format == ContainerFormat::mov)
-        return {QStringLiteral("faster"), QStringLiteral("limit-sao=1:psy-rd=0")};
+        return {QStringLiteral("faster"), QStringLiteral("limit-sao=1:psy-rd=0"), {}};
     if (moving)
-        return {QStringLiteral("ultrafast"), QStringLiteral("8x8dct=1:aq-mode=1:subme=1:bframes=3:deblock=0,0")};
-    return {QStringLiteral("veryfast"), QStringLiteral("subme=6:trellis=1:me=dia:aq-mode=0:no-dct-decimate=1")};
+        return {QStringLiteral("ultrafast"), QStringLiteral("8x8dct=1:aq-mode=1:subme=1:bframes=3:deblock=0,0"), {}};
+    return {QStringLiteral("veryfast"), QStringLiteral("subme=6:trellis=1:me=dia:aq-mode=0:no-dct-decimate=1:psy=0"),
+            QStringLiteral("subme=1,partitions=none")};
 }
 
 VideoWriter::VideoWriter(const VideoWriterSettings& settings) : settings(settings) {}
@@ -150,6 +151,9 @@ bool VideoWriter::addVideoStream(QString& detail)
     // x265 reports its settings on standard error unless told otherwise.
     if (settings.format == ContainerFormat::mov)
         params = params.isEmpty() ? QByteArray("log-level=error") : "log-level=error:" + params;
+    else if (const QByteArray zones = interZones(ownTuning ? tuning.interParams : settings.interParams);
+             !zones.isEmpty())
+        params = params.isEmpty() ? "zones=" + zones : params + ":zones=" + zones;
     if (result >= 0 && !params.isEmpty())
         result =
             av_opt_set(videoCodec->priv_data, settings.format == ContainerFormat::mov ? "x265-params" : "x264-params",
@@ -201,6 +205,44 @@ bool VideoWriter::addAudioStream(QString& detail)
     }
     audioStream->time_base = audioCodec->time_base;
     return true;
+}
+
+// x264's zones between the stills' keyframes, each option set applying to its frames as the
+// encoder reaches them. A keyframe sets the picture that all its repeats show, so it gets the
+// thorough analysis; the repeats cost nothing to code but are analysed all the same, and the
+// dissolves between stills change a little at a time.
+QByteArray VideoWriter::interZones(const QString& interParams) const
+{
+    if (interParams.isEmpty() || settings.stills.empty())
+        return {};
+    const QByteArray options = interParams.toUtf8();
+    std::vector<qint64> keyframes;
+    for (const FrameSpan& still : settings.stills)
+        for (qint64 keyframe = still.first; keyframe < still.first + still.count; keyframe += keyframeInterval)
+            keyframes.push_back(keyframe);
+    const FrameSpan& lastStill = settings.stills.back();
+    keyframes.push_back(lastStill.first + lastStill.count); // one past the last frame
+    QByteArray zones;
+    for (size_t i = 0; i + 1 < keyframes.size(); ++i) {
+        const qint64 first = keyframes[i] + 1;
+        const qint64 last = keyframes[i + 1] - 1;
+        if (last < first)
+            continue;
+        if (!zones.isEmpty())
+            zones += '/';
+        zones += QByteArray::number(first) + ',' + QByteArray::number(last) + ',' + options;
+    }
+    return zones;
+}
+
+bool VideoWriter::isKeyframe(qint64 frameIndex)
+{
+    const auto& stills = settings.stills;
+    while (nextStill < stills.size() && stills[nextStill].first + stills[nextStill].count <= frameIndex)
+        ++nextStill;
+    if (nextStill == stills.size() || frameIndex < stills[nextStill].first)
+        return false;
+    return (frameIndex - stills[nextStill].first) % keyframeInterval == 0;
 }
 
 bool VideoWriter::makeConverter()
@@ -289,6 +331,7 @@ bool VideoWriter::appendFrame(const Picture& picture, qint64 frameIndex)
         return false;
     }
     frame->pts = frameIndex;
+    frame->pict_type = isKeyframe(frameIndex) ? AV_PICTURE_TYPE_I : AV_PICTURE_TYPE_NONE;
     lastFrameIndex = frameIndex;
     Job job;
     job.frame = std::move(frame);

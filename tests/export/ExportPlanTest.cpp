@@ -40,7 +40,14 @@ TEST(FramePlan, FramesAndTheEstimateComeFromOneTimeline)
         EXPECT_EQ(plan.totalFrames, row.totalFrames);
         EXPECT_NEAR(plan.videoDuration, row.videoDuration, 1e-9);
         EXPECT_EQ(formatDuration(plan.videoDuration), QString::fromUtf8(row.estimate));
+        const auto solos = plan.soloSpans();
+        ASSERT_EQ(solos.size(), size_t(row.images));
+        if (!solos.empty()) {
+            EXPECT_EQ(solos.back().first + solos.back().count, row.totalFrames) << "the last picture ends the movie";
+        }
     }
+    const std::vector<FrameSpan> fades = {{0, 126}, {150, 126}, {300, 126}};
+    EXPECT_EQ(FramePlan(3, 5.0, TransitionType::fade).soloSpans(), fades) << "each behind its picture's fade";
 }
 
 TEST(FramePlan, DurationsReadAsTheyAreRounded)

@@ -7,6 +7,7 @@
 #include <QFile>
 #include <QString>
 
+#include <algorithm>
 #include <cmath>
 #include <csignal>
 #include <vector>
@@ -59,6 +60,7 @@ struct StreamFacts {
     int decodedFrames = 0;                   // pictures, or samples per channel
     std::vector<std::pair<int, int>> chroma; // U and V at the centre of each picture
     double rms = 0;                          // of the sound's first channel
+    std::vector<int64_t> keyframes;          // frame numbers (presentation times in frames)
 };
 
 inline std::vector<StreamFacts> probe(const QString& path)
@@ -107,6 +109,11 @@ inline std::vector<StreamFacts> probe(const QString& path)
         }
     };
     while (av_read_frame(format, packet) >= 0) {
+        const AVStream* stream = format->streams[packet->stream_index];
+        if ((packet->flags & AV_PKT_FLAG_KEY) && stream->codecpar->width > 0)
+            facts[size_t(packet->stream_index)].keyframes.push_back(
+                av_rescale_q(packet->pts - std::max<int64_t>(stream->start_time, 0), stream->time_base,
+                             av_inv_q(stream->avg_frame_rate)));
         avcodec_send_packet(decoders[size_t(packet->stream_index)], packet);
         receive(size_t(packet->stream_index));
         av_packet_unref(packet);

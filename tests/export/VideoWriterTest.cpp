@@ -1,5 +1,6 @@
 #include "export/VideoWriter.h"
 #include "MovieProbe.h"
+#include "export/FrameKernels.h"
 #include "media/ClipProbe.h"
 
 #include <QRandomGenerator>
@@ -37,10 +38,10 @@ Picture solid(QColor colour, int width, int height)
     return picture;
 }
 
-Picture noise(int width, int height)
+Picture noise(int width, int height, quint32 seed = 7)
 {
     auto picture = std::make_shared<QImage>(width, height, QImage::Format_ARGB32);
-    QRandomGenerator random(7);
+    QRandomGenerator random(seed);
     for (int y = 0; y < height; ++y)
         random.fillRange(reinterpret_cast<quint32*>(picture->scanLine(y)), width);
     return picture;
@@ -81,6 +82,41 @@ TEST(VideoWriter, Mp4IsH264HighAndConvertsEachPictureOnce)
     EXPECT_LT(video.chroma.front().first, 128);
     EXPECT_GT(video.chroma.back().first, 200);
     EXPECT_LT(video.chroma.back().second, 128);
+}
+
+TEST(VideoWriter, EveryStillStartsWithAKeyframeAndLongStillsGetMore)
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("movie.mp4"));
+    // A 20-frame still, a 10-frame dissolve that ends on the next picture (as the exporter's do,
+    // so the encoder sees no cut), and a still longer than the keyframe interval.
+    const std::vector<FrameSpan> stills = {{0, 20}, {30, 300}};
+    ExportError error;
+    auto writer = VideoWriter::open(
+        {.path = path, .width = 160, .height = 120, .format = ContainerFormat::mp4, .stills = stills}, error);
+    ASSERT_TRUE(writer) << error.description.toStdString() << " " << error.detail.toStdString();
+    const Picture first = noise(160, 120, 1);
+    const Picture second = noise(160, 120, 2);
+    for (int i = 0; i < 330; ++i) {
+        Picture frame = i < 20 ? first : second;
+        if (i >= 20 && i < 29) {
+            auto mix = std::make_shared<QImage>(160, 120, QImage::Format_ARGB32);
+            FrameKernels::blend(*first, *second, (i - 19) / 10.0, *mix);
+            frame = mix;
+        }
+        ASSERT_TRUE(writer->appendFrame(frame, i));
+    }
+    QString text;
+    ASSERT_TRUE(writer->finish(text)) << text.toStdString();
+
+    const auto streams = probe(path);
+    ASSERT_EQ(streams.size(), 1u);
+    EXPECT_EQ(streams[0].decodedFrames, 330);
+    std::vector<int64_t> inStills;
+    for (const int64_t keyframe : streams[0].keyframes)
+        if (keyframe < 20 || keyframe >= 30) // the encoder may add its own in the dissolve
+            inStills.push_back(keyframe);
+    EXPECT_EQ(inStills, (std::vector<int64_t>{0, 30, 280}));
 }
 
 TEST(VideoWriter, MovIsHevcMainTaggedHvc1WithSoundAfterTheVideo)
