@@ -1,11 +1,14 @@
 // Renders a movie from photos the way "Export as Video" does, with no window, and reports the
 // time it took and the process's peak resident memory.
-// Usage: export_bench [--preset=P] [--params=x264/x265 params] [--inter-params=x264 options] [--raw=frames.bgra]
+// Usage: export_bench [--preset=P] [--params=x264/x265 params] [--inter-params=x264 options]
+//                     [--raw=frames.bgra] [--raw-yuv=frames.yuv]
 //                     <out.mp4|out.mov> <width> <height> <delay> <none|fade|kenburns> <audio file or -> <photo>...
-// --raw writes the uncompressed frames (BGRA, one per timestamp) to that path instead of encoding,
-// as the reference a movie's quality is measured against.
+// --raw and --raw-yuv write the uncompressed frames (one per timestamp) instead of encoding: BGRA as
+// the exporter makes them, and yuv420p as the encoder would get them, the reference a movie's
+// quality is measured against.
 #include "core/Logger.h"
 #include "core/RandomSource.h"
+#include "export/FrameKernels.h"
 #include "export/VideoExporter.h"
 #include "export/VideoWriter.h"
 #include "media/ClipProbe.h"
@@ -21,37 +24,61 @@
 
 namespace {
 
-// Every frame as it would be encoded, written out whole, one per timestamp.
+// Every frame as it would be encoded, written out whole, one per timestamp: as the exporter made
+// it (BGRA) and/or as the movie writer hands it to the encoder (yuv420p).
 class RawFrames final : public tb::MovieSink {
 public:
-    explicit RawFrames(const QString& path) : file(std::fopen(qPrintable(path), "wb")) {}
+    RawFrames(const QString& bgraPath, const QString& yuvPath)
+        : bgra(bgraPath.isEmpty() ? nullptr : std::fopen(qPrintable(bgraPath), "wb")),
+          yuv(yuvPath.isEmpty() ? nullptr : std::fopen(qPrintable(yuvPath), "wb")),
+          opened((bgraPath.isEmpty() || bgra) && (yuvPath.isEmpty() || yuv))
+    {
+    }
     ~RawFrames() override
     {
-        if (file)
-            std::fclose(file);
+        for (std::FILE* file : {bgra, yuv})
+            if (file)
+                std::fclose(file);
     }
-    bool isOpen() const { return file != nullptr; }
+    bool isOpen() const { return opened; }
     bool appendFrame(const tb::Picture& picture, qint64) override
     {
         const QImage image = picture->convertToFormat(QImage::Format_ARGB32);
-        for (int y = 0; y < image.height(); ++y)
-            if (std::fwrite(image.constScanLine(y), 4, size_t(image.width()), file) != size_t(image.width()))
+        if (bgra)
+            for (int y = 0; y < image.height(); ++y)
+                if (std::fwrite(image.constScanLine(y), 4, size_t(image.width()), bgra) != size_t(image.width()))
+                    return false;
+        if (yuv) {
+            const int w = image.width();
+            const int h = image.height();
+            planes.resize(size_t(w * h + 2 * (w / 2) * (h / 2)));
+            std::uint8_t* const data[3] = {planes.data(), planes.data() + w * h,
+                                           planes.data() + w * h + (w / 2) * (h / 2)};
+            const int strides[3] = {w, w / 2, w / 2};
+            tb::FrameKernels::toYuv420(image, data, strides);
+            if (std::fwrite(planes.data(), 1, planes.size(), yuv) != planes.size())
                 return false;
+        }
         return !cancelled;
     }
     void finishVideo() override {}
     bool appendAudio(const float*, int, qint64) override { return true; }
     bool finish(QString& error) override
     {
-        if (std::fflush(file) == 0)
-            return true;
-        error = QStringLiteral("could not write the frames");
-        return false;
+        for (std::FILE* file : {bgra, yuv})
+            if (file && std::fflush(file) != 0) {
+                error = QStringLiteral("could not write the frames");
+                return false;
+            }
+        return true;
     }
     void cancel() override { cancelled = true; }
 
 private:
-    std::FILE* file;
+    std::FILE* bgra;
+    std::FILE* yuv;
+    bool opened;
+    std::vector<std::uint8_t> planes;
     std::atomic_bool cancelled = false;
 };
 
@@ -72,6 +99,7 @@ int main(int argc, char* argv[])
     QStringList args = QCoreApplication::arguments().mid(1);
     tb::ExportRequest request;
     QString rawPath;
+    QString rawYuvPath;
     while (!args.isEmpty() && args.first().startsWith(QLatin1String("--"))) {
         const QString option = args.takeFirst();
         const QString value = option.section(QLatin1Char('='), 1);
@@ -83,6 +111,8 @@ int main(int argc, char* argv[])
             request.encoderInterParams = value;
         else if (option.startsWith(QLatin1String("--raw=")))
             rawPath = value;
+        else if (option.startsWith(QLatin1String("--raw-yuv=")))
+            rawYuvPath = value;
     }
     if (args.size() < 7)
         return 2;
@@ -104,12 +134,12 @@ int main(int argc, char* argv[])
 
     tb::LinuxProcessMemory memory;
     tb::VideoExporter::SinkFactory sink;
-    if (!rawPath.isEmpty())
-        sink = [&rawPath](const tb::VideoWriterSettings&, tb::ExportError& error) -> std::unique_ptr<tb::MovieSink> {
-            auto frames = std::make_unique<RawFrames>(rawPath);
+    if (!rawPath.isEmpty() || !rawYuvPath.isEmpty())
+        sink = [&](const tb::VideoWriterSettings&, tb::ExportError& error) -> std::unique_ptr<tb::MovieSink> {
+            auto frames = std::make_unique<RawFrames>(rawPath, rawYuvPath);
             if (frames->isOpen())
                 return frames;
-            error = {3, QStringLiteral("cannot open ") + rawPath, {}};
+            error = {3, QStringLiteral("cannot open the raw frame files"), {}};
             return nullptr;
         };
     tb::VideoExporter exporter(memory, sink);

@@ -56,17 +56,18 @@ ssimOf() {
 }
 # Reference frames go to NUT, which keeps the 1/30 s timestamps: Matroska rounds them to whole
 # milliseconds, and the ssim filter then pairs every third movie frame with the frame before it.
-# Our frames, uncompressed: converted as the movie writer converts them (BT.709), and as ffmpeg's
-# timeline holds them (BT.601).
+# Our frames, uncompressed: as the movie writer hands them to the encoder (BT.709, video range),
+# and converted by ffmpeg as its timeline holds them (BT.601) for comparing the two preparations.
 ourFrames() {
   local w=$1 h=$2 kind=$3
   shift 3
-  rm -f "$work/fifo"
-  mkfifo "$work/fifo"
-  ffmpeg -v error -y -f rawvideo -pix_fmt bgra -s "${w}x$h" -r 30 -i "$work/fifo" -filter_complex \
-    "[0:v]split[a][b];[a]scale=flags=bicubic:out_color_matrix=bt709:out_range=tv,format=yuv420p[m];[b]scale=flags=bicubic:out_color_matrix=bt601:out_range=tv,format=yuv420p[s]" \
-    -map "[m]" -c:v ffv1 "$work/ours-709.nut" -map "[s]" -c:v ffv1 "$work/ours-601.nut" &
-  "$bench" --raw="$work/fifo" "$work/raw.mp4" "$w" "$h" 5 "$kind" - "$@" >/dev/null
+  rm -f "$work/fifo" "$work/fifo-yuv"
+  mkfifo "$work/fifo" "$work/fifo-yuv"
+  ffmpeg -v error -y -f rawvideo -pix_fmt bgra -s "${w}x$h" -r 30 -i "$work/fifo" \
+    -vf "scale=flags=bicubic:out_color_matrix=bt601:out_range=tv,format=yuv420p" -c:v ffv1 "$work/ours-601.nut" &
+  ffmpeg -v error -y -f rawvideo -pix_fmt yuv420p -s "${w}x$h" -r 30 -i "$work/fifo-yuv" -c:v ffv1 \
+    "$work/ours-709.nut" &
+  "$bench" --raw="$work/fifo" --raw-yuv="$work/fifo-yuv" "$work/raw.mp4" "$w" "$h" 5 "$kind" - "$@" >/dev/null
   wait
 }
 

@@ -2,8 +2,8 @@
 # The encoder tunings of the movie export by time and quality, on the exporter's own frames:
 # four 24-megapixel photos, 5 s each, exported as still pictures with fades and as Ken Burns at
 # 1080p (H.264, 50 Mbit/s), and with fades at 4K (HEVC, 60 Mbit/s). Quality is the SSIM of each
-# movie against the same frames uncompressed (the exporter's raw output converted as the writer
-# converts it: BT.709, video range, bicubic chroma), by ffmpeg's ssim filter.
+# movie against the same frames uncompressed (the exporter's raw output as the writer hands it to
+# the encoder: BT.709, video range), by ffmpeg's ssim filter.
 # Usage: bench/run_presets.sh   (after bench/run_thumbnails.sh has made the corpus)
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -22,9 +22,8 @@ tunings() {
   shift 4
   rm -f "$work/fifo"
   mkfifo "$work/fifo"
-  ffmpeg -v error -y -f rawvideo -pix_fmt bgra -s "${w}x$h" -r 30 -i "$work/fifo" \
-    -vf "scale=flags=bicubic:out_color_matrix=bt709:out_range=tv,format=yuv420p" -c:v ffv1 "$work/frames.nut" &
-  "$bench" --raw="$work/fifo" "$work/raw.$ext" "$w" "$h" 5 "$kind" - "${photos[@]}" >/dev/null
+  ffmpeg -v error -y -f rawvideo -pix_fmt yuv420p -s "${w}x$h" -r 30 -i "$work/fifo" -c:v ffv1 "$work/frames.nut" &
+  "$bench" --raw-yuv="$work/fifo" "$work/raw.$ext" "$w" "$h" 5 "$kind" - "${photos[@]}" >/dev/null
   wait
   while [ $# -ge 2 ]; do
     local preset=$1 params=${2%%|*} inter= figures ssim

@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <vector>
 
 #if defined(__SSE2__)
@@ -106,7 +107,114 @@ void sampleRow(const std::uint32_t* line, const Taps& columns, std::uint32_t* ou
     }
 }
 
+// BT.709 in video range, scaled by 2^15: luma from one pixel, chroma from the sum of four (hence
+// the 2^17 below). Each chroma row sums to 0, so grey stays at 128.
+constexpr int lumaR = 5983, lumaG = 20127, lumaB = 2032;    // 0.2126, 0.7152, 0.0722 of 219/255
+constexpr int blueR = -3299, blueG = -11093, blueB = 14392; // −0.1146, −0.3854, 0.5 of 224/255
+constexpr int redR = 14392, redG = -13074, redB = -1318;    // 0.5, −0.4542, −0.0458 of 224/255
+constexpr int lumaOffset = (16 << 15) + (1 << 14);
+constexpr int chromaOffset = (128 << 17) + (1 << 16);
+
+inline std::uint8_t lumaOf(std::uint32_t p)
+{
+    return std::uint8_t(
+        (lumaR * int((p >> 16) & 0xFF) + lumaG * int((p >> 8) & 0xFF) + lumaB * int(p & 0xFF) + lumaOffset) >> 15);
+}
+
+// One row pair: luma for both rows, and chroma for the row pair's blocks. `below` is `above` for
+// the last row of a picture of odd height.
+void yuvRows(const std::uint32_t* above, const std::uint32_t* below, int width, std::uint8_t* lumaAbove,
+             std::uint8_t* lumaBelow, std::uint8_t* blue, std::uint8_t* red)
+{
+    int x = 0;
+#if defined(__SSE2__)
+    const __m128i byteMask = _mm_set1_epi32(0xFF);
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i ones = _mm_set1_epi16(1);
+    // Two 16-bit weights in each 32-bit lane, as _mm_madd_epi16 pairs them with (r, g) or (b, 0).
+    const auto weights = [](int first, int second) {
+        return _mm_set1_epi32(int(std::uint32_t(std::uint16_t(first)) | std::uint32_t(std::uint16_t(second)) << 16));
+    };
+    const __m128i lumaRG = weights(lumaR, lumaG), lumaB0 = weights(lumaB, 0);
+    const __m128i blueRG = weights(blueR, blueG), blueB0 = weights(blueB, 0);
+    const __m128i redRG = weights(redR, redG), redB0 = weights(redB, 0);
+    const __m128i lumaAdd = _mm_set1_epi32(lumaOffset);
+    const __m128i chromaAdd = _mm_set1_epi32(chromaOffset);
+    // Eight pixels' channel as eight 16-bit lanes.
+    const auto channel = [&](__m128i low, __m128i high, int shift) {
+        return _mm_packs_epi32(_mm_and_si128(_mm_srli_epi32(low, shift), byteMask),
+                               _mm_and_si128(_mm_srli_epi32(high, shift), byteMask));
+    };
+    // k_r·r + k_g·g + k_b·b + offset for four pixels (or blocks) in 32-bit lanes; r, g and b in the
+    // low or high halves of 16-bit vectors, picked by `pick`.
+    const auto weigh = [&](__m128i r, __m128i g, __m128i b, __m128i rg, __m128i b0, __m128i offset, auto pick) {
+        return _mm_add_epi32(_mm_add_epi32(_mm_madd_epi16(pick(r, g), rg), _mm_madd_epi16(pick(b, zero), b0)), offset);
+    };
+    const auto low = [](__m128i a, __m128i b) { return _mm_unpacklo_epi16(a, b); };
+    const auto high = [](__m128i a, __m128i b) { return _mm_unpackhi_epi16(a, b); };
+    const auto luma = [&](__m128i r, __m128i g, __m128i b, std::uint8_t* out) {
+        const __m128i first = _mm_srai_epi32(weigh(r, g, b, lumaRG, lumaB0, lumaAdd, low), 15);
+        const __m128i second = _mm_srai_epi32(weigh(r, g, b, lumaRG, lumaB0, lumaAdd, high), 15);
+        const __m128i words = _mm_packs_epi32(first, second);
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(out), _mm_packus_epi16(words, words));
+    };
+    const auto store4 = [](__m128i values, std::uint8_t* out) {
+        const __m128i words = _mm_packs_epi32(values, values);
+        const int bytes = _mm_cvtsi128_si32(_mm_packus_epi16(words, words));
+        std::memcpy(out, &bytes, 4);
+    };
+    for (; x + 8 <= width; x += 8) {
+        const __m128i a0 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(above + x));
+        const __m128i a1 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(above + x + 4));
+        const __m128i b0 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(below + x));
+        const __m128i b1 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(below + x + 4));
+        const __m128i ra = channel(a0, a1, 16), ga = channel(a0, a1, 8), ba = channel(a0, a1, 0);
+        const __m128i rb = channel(b0, b1, 16), gb = channel(b0, b1, 8), bb = channel(b0, b1, 0);
+        luma(ra, ga, ba, lumaAbove + x);
+        luma(rb, gb, bb, lumaBelow + x);
+        // Sums of each 2×2 block: the rows added, then neighbouring columns; four blocks, at most
+        // 1020 each, back in the low half of 16-bit vectors.
+        const auto blocks = [&](__m128i upper, __m128i lower) {
+            return _mm_packs_epi32(_mm_madd_epi16(_mm_add_epi16(upper, lower), ones), zero);
+        };
+        const __m128i r = blocks(ra, rb), g = blocks(ga, gb), b = blocks(ba, bb);
+        store4(_mm_srai_epi32(weigh(r, g, b, blueRG, blueB0, chromaAdd, low), 17), blue + x / 2);
+        store4(_mm_srai_epi32(weigh(r, g, b, redRG, redB0, chromaAdd, low), 17), red + x / 2);
+    }
+#endif
+    for (; x < width; x += 2) {
+        const int right = std::min(x + 1, width - 1);
+        lumaAbove[x] = lumaOf(above[x]);
+        lumaBelow[x] = lumaOf(below[x]);
+        if (right != x) {
+            lumaAbove[right] = lumaOf(above[right]);
+            lumaBelow[right] = lumaOf(below[right]);
+        }
+        const auto sum = [&](int shift) {
+            return int((above[x] >> shift) & 0xFF) + int((above[right] >> shift) & 0xFF) +
+                   int((below[x] >> shift) & 0xFF) + int((below[right] >> shift) & 0xFF);
+        };
+        const int r = sum(16), g = sum(8), b = sum(0);
+        blue[x / 2] = std::uint8_t((blueR * r + blueG * g + blueB * b + chromaOffset) >> 17);
+        red[x / 2] = std::uint8_t((redR * r + redG * g + redB * b + chromaOffset) >> 17);
+    }
+}
+
 } // namespace
+
+void toYuv420(const QImage& picture, std::uint8_t* const planes[3], const int strides[3])
+{
+    const int width = picture.width();
+    const int height = picture.height();
+    for (int y = 0; y < height; y += 2) {
+        const int next = std::min(y + 1, height - 1);
+        // An odd last row is its own pair; its luma is written twice to the same place.
+        yuvRows(reinterpret_cast<const std::uint32_t*>(picture.constScanLine(y)),
+                reinterpret_cast<const std::uint32_t*>(picture.constScanLine(next)), width,
+                planes[0] + std::ptrdiff_t(y) * strides[0], planes[0] + std::ptrdiff_t(next) * strides[0],
+                planes[1] + std::ptrdiff_t(y / 2) * strides[1], planes[2] + std::ptrdiff_t(y / 2) * strides[2]);
+    }
+}
 
 void blend(const QImage& from, const QImage& to, double weight, QImage& out)
 {

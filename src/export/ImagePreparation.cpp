@@ -1,7 +1,6 @@
 #include "ImagePreparation.h"
 
 #include "core/Logger.h"
-#include "export/QtPixelLayout.h"
 #include "media/ImageLoader.h"
 
 #include <QImageReader>
@@ -17,6 +16,10 @@ extern "C" {
 namespace tb::ImagePreparation {
 
 namespace {
+
+// QImage's 32-bit formats are 0xAARRGGBB words, so their byte order follows the machine's: the
+// FFmpeg pixel format that reads a QImage's bits as they lie.
+constexpr AVPixelFormat qtPixelLayout = Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? AV_PIX_FMT_BGRA : AV_PIX_FMT_ARGB;
 
 // Where the picture stands in the frame: on whole pixels, so a picture decoded at its fitted
 // size is copied as it is and stays sharp.

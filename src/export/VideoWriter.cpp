@@ -1,6 +1,6 @@
 #include "VideoWriter.h"
 
-#include "export/QtPixelLayout.h"
+#include "export/FrameKernels.h"
 #include "media/ClipProbe.h"
 
 #include <algorithm>
@@ -12,7 +12,6 @@ extern "C" {
 #include <libavutil/buffer.h>
 #include <libavutil/imgutils.h>
 #include <libavutil/opt.h>
-#include <libswscale/swscale.h>
 }
 
 namespace tb {
@@ -20,7 +19,7 @@ namespace tb {
 namespace {
 
 constexpr AVPixelFormat moviePixelFormat = AV_PIX_FMT_YUV420P;
-// swscale's vector code wants its rows on 32-byte boundaries.
+// The encoders' vector code reads whole 32-byte rows.
 constexpr int planeAlignment = 32;
 
 struct CodecChoice {
@@ -101,7 +100,7 @@ ExportError VideoWriter::start()
     if (result < 0)
         return startFailure(result);
 
-    if (!makeConverter())
+    if (!makePixelPool())
         return {4, QStringLiteral("Failed to create pixel buffer"), {}};
 
     encoder = std::thread([this] { runEncoder(); });
@@ -245,23 +244,13 @@ bool VideoWriter::isKeyframe(qint64 frameIndex)
     return (frameIndex - stills[nextStill].first) % keyframeInterval == 0;
 }
 
-bool VideoWriter::makeConverter()
+bool VideoWriter::makePixelPool()
 {
-    const int w = settings.width;
-    const int h = settings.height;
-    // Bicubic is what the ffmpeg tool converts with, which lets the benchmark build an identical
-    // reference; at equal sizes it only matters for the chroma of 4:2:0.
-    scaler = sws_getContext(w, h, qtPixelLayout, w, h, moviePixelFormat, SWS_BICUBIC, nullptr, nullptr, nullptr);
-    const int frameBytes = av_image_get_buffer_size(moviePixelFormat, w, h, planeAlignment);
+    const int frameBytes = av_image_get_buffer_size(moviePixelFormat, settings.width, settings.height, planeAlignment);
     if (frameBytes > 0)
         pixelPool = av_buffer_pool_init(size_t(frameBytes), nullptr);
     packet = av_packet_alloc();
-    if (!scaler || !pixelPool || !packet)
-        return false;
-    const int* bt709 = sws_getCoefficients(SWS_CS_ITU709);
-    // Full-range RGB in, video-range BT.709 out, as the stream says.
-    sws_setColorspaceDetails(scaler, bt709, 1, bt709, 0, 0, 1 << 16, 1 << 16);
-    return true;
+    return pixelPool && packet;
 }
 
 VideoWriter::~VideoWriter()
@@ -271,7 +260,6 @@ VideoWriter::~VideoWriter()
     jobs.clear();
     lastFrame.reset();
     av_buffer_pool_uninit(&pixelPool); // frees itself once the last frame comes back
-    sws_freeContext(scaler);
     av_packet_free(&packet);
     if (audioFifo)
         av_audio_fifo_free(audioFifo);
@@ -360,13 +348,7 @@ VideoWriter::FramePtr VideoWriter::convert(const QImage& picture)
     av_image_fill_arrays(frame->data, frame->linesize, buffer->data, moviePixelFormat, settings.width, settings.height,
                          planeAlignment);
 
-    const uint8_t* const sourcePlanes[1] = {source->constBits()};
-    const int sourceStrides[1] = {int(source->bytesPerLine())};
-    const int rows = sws_scale(scaler, sourcePlanes, sourceStrides, 0, settings.height, frame->data, frame->linesize);
-    if (rows != settings.height) {
-        fail(QStringLiteral("Failed to convert a picture: ") + ffmpegErrorText(rows < 0 ? rows : AVERROR_BUG));
-        return nullptr;
-    }
+    FrameKernels::toYuv420(*source, frame->data, frame->linesize);
     ++converted;
     return frame;
 }

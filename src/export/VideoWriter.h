@@ -21,7 +21,6 @@ struct AVFormatContext;
 struct AVFrame;
 struct AVPacket;
 struct AVStream;
-struct SwsContext;
 
 namespace tb {
 
@@ -149,7 +148,7 @@ private:
     ExportError start();
     bool addVideoStream(QString& detail);
     bool addAudioStream(QString& detail);
-    bool makeConverter();
+    bool makePixelPool();
     QByteArray interZones(const QString& interParams) const;
     bool isKeyframe(qint64 frameIndex);
 
@@ -180,7 +179,6 @@ private:
     AVStream* audioStream = nullptr;
 
     // The appending thread's.
-    SwsContext* scaler = nullptr;
     AVBufferPool* pixelPool = nullptr; // frames come back to it when the encoder lets go of them
     Picture lastPicture;               // kept alive so that a new picture never shares its address
     FramePtr lastFrame;

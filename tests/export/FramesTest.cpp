@@ -132,6 +132,66 @@ TEST(FrameKernels, NoiseIsSampledAsBilinearFilteringSays)
     EXPECT_LE(worstZoom, 2.5);
 }
 
+TEST(FrameKernels, PicturesBecomeVideoRangeBt709)
+{
+    // 21 × 7: the vector loop takes columns 0–15 and the plain loop the rest, the last column and
+    // row alone. Columns 16–20 repeat columns 0–4, so both loops must give the same bytes there.
+    QImage picture({21, 7}, QImage::Format_ARGB32);
+    std::mt19937 random(11);
+    for (int y = 0; y < picture.height(); ++y)
+        for (int x = 0; x < 16; ++x)
+            picture.setPixel(x, y, qRgb(int(random() % 256), int(random() % 256), int(random() % 256)));
+    picture.setPixel(0, 0, qRgb(255, 0, 0));
+    picture.setPixel(1, 0, qRgb(255, 0, 0));
+    picture.setPixel(0, 1, qRgb(255, 0, 0));
+    picture.setPixel(1, 1, qRgb(255, 0, 0));
+    picture.setPixel(2, 2, qRgb(255, 255, 255));
+    picture.setPixel(3, 2, qRgb(0, 0, 0));
+    for (int y = 0; y < picture.height(); ++y)
+        for (int x = 16; x < 21; ++x)
+            picture.setPixel(x, y, picture.pixel(x - 16, y));
+    const int chromaWidth = 11;
+    std::vector<std::uint8_t> luma(21 * 7, 0), blue(11 * 4, 0), red(11 * 4, 0);
+    std::uint8_t* const planes[3] = {luma.data(), blue.data(), red.data()};
+    const int strides[3] = {21, chromaWidth, chromaWidth};
+    FrameKernels::toYuv420(picture, planes, strides);
+
+    EXPECT_EQ(blue[0], 102) << "red's blue difference";
+    EXPECT_EQ(red[0], 240) << "red's red difference";
+    EXPECT_EQ(luma[0], 63) << "red's luma";
+    EXPECT_EQ(luma[2 * 21 + 2], 235) << "white";
+    EXPECT_EQ(luma[2 * 21 + 3], 16) << "black";
+    double worst = 0.0;
+    for (int y = 0; y < 7; ++y)
+        for (int x = 0; x < 21; ++x) {
+            const QRgb c = picture.pixel(x, y);
+            const double expected = 16 + 219 * (0.2126 * qRed(c) + 0.7152 * qGreen(c) + 0.0722 * qBlue(c)) / 255;
+            worst = std::max(worst, std::abs(luma[size_t(y * 21 + x)] - expected));
+        }
+    for (int cy = 0; cy < 4; ++cy)
+        for (int cx = 0; cx < chromaWidth; ++cx) {
+            double r = 0, g = 0, b = 0;
+            for (const int y : {2 * cy, std::min(2 * cy + 1, 6)})
+                for (const int x : {2 * cx, std::min(2 * cx + 1, 20)}) {
+                    const QRgb c = picture.pixel(x, y);
+                    r += qRed(c) / 4.0, g += qGreen(c) / 4.0, b += qBlue(c) / 4.0;
+                }
+            const double cb = 128 + 224 * (-0.1146 * r - 0.3854 * g + 0.5 * b) / 255;
+            const double cr = 128 + 224 * (0.5 * r - 0.4542 * g - 0.0458 * b) / 255;
+            worst = std::max({worst, std::abs(blue[size_t(cy * chromaWidth + cx)] - cb),
+                              std::abs(red[size_t(cy * chromaWidth + cx)] - cr)});
+        }
+    EXPECT_LE(worst, 0.51) << "every level the nearest one";
+    for (int y = 0; y < 7; ++y)
+        for (int x = 16; x < 20; ++x)
+            ASSERT_EQ(luma[size_t(y * 21 + x)], luma[size_t(y * 21 + x - 16)]) << x << "," << y;
+    for (int cy = 0; cy < 4; ++cy)
+        for (int cx = 8; cx < 10; ++cx) {
+            ASSERT_EQ(blue[size_t(cy * chromaWidth + cx)], blue[size_t(cy * chromaWidth + cx - 8)]);
+            ASSERT_EQ(red[size_t(cy * chromaWidth + cx)], red[size_t(cy * chromaWidth + cx - 8)]);
+        }
+}
+
 TEST(KenBurnsMotion, ProgressThroughAPicturesLife)
 {
     EXPECT_DOUBLE_EQ(Motion::ease(0.0), 0.0);
