@@ -9,7 +9,9 @@
 #   1080p H.264 50 Mbit/s + AAC, 10 photos x 5 s, fades
 #   1080p Ken Burns (ffmpeg: zoompan + xfade), 10 photos x 5 s
 #   2160p HEVC 60 Mbit/s, 4 photos x 5 s, fades
-# Usage: bench/run_export.sh [fades] [kenburns] [4k]   (all three when none is named)
+# Each export runs RUNS times (2 unless set), ours and ffmpeg's in turn, and the best time of each
+# counts: a shared machine has slow spells that would otherwise decide the ratio.
+# Usage: [RUNS=n] bench/run_export.sh [fades] [kenburns] [4k]   (all three when none is named)
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source bench/bench_lib.sh
@@ -48,6 +50,12 @@ graph() {
 }
 inputs() { for p in "$@"; do printf -- '-i\n%s\n' "$p"; done; }
 timed() { /usr/bin/time -f "%e s, peak %M KiB" "$@" 2>&1 >/dev/null | tail -n 1; }
+# best <figure line>...: the fastest line, and every run's time after it.
+best() {
+  printf '%s\n' "$@" | sort -n | head -n 1 | tr -d '\n'
+  [ $# -gt 1 ] && printf ' (best of %d: %s)' $# "$(printf '%s\n' "$@" | awk '{ printf "%s%s", s, $1; s = ", " }')"
+  echo
+}
 # ssimOf <movie> <reference> [filter applied to both first]
 ssimOf() {
   local pick=${3:-null}
@@ -80,9 +88,17 @@ runCase() {
   g=$(graph "$n" "$w" "$h" "$kind")
   mapfile -t in < <(inputs "${photos[@]:0:$n}")
   echo "== $label"
-  echo "tallowbrook: $("$bench" "$work/ours.$ext" "$w" "$h" 5 "$kind" "$audio" "${photos[@]:0:$n}")"
-  echo "ffmpeg:      $(timed ffmpeg -v error -y "${in[@]}" -i "$audio" -filter_complex "$g" -map "[$(cat "$work/last")]" \
-    -map "$n:a" -t "$duration" -pix_fmt yuv420p "$@" -c:a aac -b:a 128k "$work/theirs.$ext")"
+  # The two take turns, so a slow spell of the machine is likely to fall on both.
+  local ours=() theirs=() r
+  for ((r = 0; r < runs; r++)); do
+    ours+=("$("$bench" "$work/ours.$ext" "$w" "$h" 5 "$kind" "$audio" "${photos[@]:0:$n}")")
+    theirs+=("$(timed ffmpeg -v error -y "${in[@]}" -i "$audio" -filter_complex "$g" -map "[$(cat "$work/last")]" \
+      -map "$n:a" -t "$duration" -pix_fmt yuv420p "$@" -c:a aac -b:a 128k "$work/theirs.$ext")")
+  done
+  echo "tallowbrook: $(best "${ours[@]}")"
+  echo "ffmpeg:      $(best "${theirs[@]}")"
+  echo "ffmpeg's time over ours: $(awk -v a="$(best "${ours[@]}")" -v b="$(best "${theirs[@]}")" \
+    'BEGIN { printf "%.2f", b / a }')x"
   # ffmpeg's frames as its movie holds them: xfade works in 4:4:4, and the mp4 is constant-rate.
   ffmpeg -v error -y "${in[@]}" -filter_complex "$g" -map "[$(cat "$work/last")]" \
     -fps_mode cfr -pix_fmt yuv420p -c:v ffv1 "$work/theirs-frames.nut"
@@ -96,6 +112,7 @@ runCase() {
 
 wanted() { [ ${#cases[@]} -eq 0 ] || [[ " ${cases[*]} " == *" $1 "* ]]; }
 cases=("$@")
+runs=${RUNS:-2}
 if wanted fades; then
   runCase "1080p H.264, 10 photos x 5 s, fades" 10 1920 1080 fade mp4 -c:v libx264 -profile:v high -b:v 50M
 fi

@@ -19,6 +19,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <future>
 #include <memory>
 #include <vector>
 
@@ -260,16 +261,15 @@ ExportResult VideoExporter::render(Run& run)
     const bool targetsKnown = request.movesPictures();
 
     // Decodes, fits and frames one picture; the picture of a transition's far side is kept as the
-    // next still.
-    const auto prepare = [&](int index, const char* failedLine) -> std::optional<Frame> {
+    // next still. Each next picture is prepared on a helper thread while the frames of the one
+    // before are made, so the encoder does not wait for a decode between pictures.
+    const auto prepare = [&request, size = run.size](int index) -> std::optional<Frame> {
         const IdentifiableImage& item = request.images[index];
         const QSizeF sourceSize = ImagePreparation::imageSize(item);
-        const auto decoded = ImagePreparation::decodeFitted(item, sourceSize, run.size);
-        if (!decoded) {
-            logError(QLatin1String(failedLine) + item.filename());
+        const auto decoded = ImagePreparation::decodeFitted(item, sourceSize, size);
+        if (!decoded)
             return std::nullopt;
-        }
-        return toFrame(ImagePreparation::scaledImage(*decoded, sourceSize, run.size, request.background), run.size);
+        return toFrame(ImagePreparation::scaledImage(*decoded, sourceSize, size, request.background), size);
     };
     // Hands a frame over; false when the writer has stopped (failed or cancelled).
     const auto append = [&](const Frame& frame) {
@@ -303,12 +303,18 @@ ExportResult VideoExporter::render(Run& run)
     }
     run.kbStartProgress = 0.0;
     std::optional<Frame> current;
-    if (n > 0 && !cancelRequested && !(current = prepare(0, "Failed to load image: ")))
+    if (n > 0 && !cancelRequested && !(current = prepare(0))) {
+        logError(QStringLiteral("Failed to load image: ") + request.images[0].filename());
         return failure(5, QStringLiteral("Failed to load image ") + request.images[0].filename());
+    }
+    // Declared after everything the helper reads, so leaving early waits for it first.
+    std::future<std::optional<Frame>> upcoming;
 
     for (int i = 0; i < n; ++i) {
         if (cancelRequested)
             return cancelled(run);
+        if (i + 1 < n)
+            upcoming = std::async(std::launch::async, prepare, i + 1);
         for (int k = 0; k < plan.soloFrames; ++k) {
             if (cancelRequested)
                 return cancelled(run);
@@ -322,9 +328,11 @@ ExportResult VideoExporter::render(Run& run)
         }
         run.reportProgress();
         if (i + 1 < n) {
-            std::optional<Frame> next = prepare(i + 1, "Failed to load next image: ");
-            if (!next)
+            std::optional<Frame> next = upcoming.get();
+            if (!next) {
+                logError(QStringLiteral("Failed to load next image: ") + request.images[i + 1].filename());
                 return failure(5, QStringLiteral("Failed to load next image ") + request.images[i + 1].filename());
+            }
             for (int f = 0; f < plan.transitionFrames; ++f) {
                 if (cancelRequested)
                     return cancelled(run);

@@ -5,6 +5,7 @@
 #include "support/PlaybackDoubles.h"
 
 #include <QDir>
+#include <QFile>
 #include <QImage>
 #include <QTemporaryDir>
 
@@ -133,6 +134,19 @@ TEST(VideoExporter, KenBurnsInMovAndFailuresThatKeepTheEarlierMovie)
     EXPECT_EQ(missing.code, 5);
     EXPECT_EQ(missing.description, QStringLiteral("Failed to load image a.png"));
     EXPECT_TRUE(e.log.contains(LogLevel::Error, QStringLiteral("Failed to load image: a.png")));
+    EXPECT_EQ(QFileInfo(r.outputPath).size(), earlier);
+    EXPECT_TRUE(e.leftovers().isEmpty());
+
+    // The second picture is corrupt, found while the first one's frames are being made.
+    e.picture(QStringLiteral("a.png"), Qt::red);
+    QFile corrupt(e.dir.filePath(QStringLiteral("b.png")));
+    ASSERT_TRUE(corrupt.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    corrupt.write("\x89PNG\r\n\x1a\n but nothing after the signature");
+    corrupt.close();
+    const ExportResult corrupted = e.run(r);
+    EXPECT_EQ(corrupted.code, 5);
+    EXPECT_EQ(corrupted.description, QStringLiteral("Failed to load next image b.png"));
+    EXPECT_TRUE(e.log.contains(LogLevel::Error, QStringLiteral("Failed to load next image: b.png")));
     EXPECT_EQ(QFileInfo(r.outputPath).size(), earlier);
     EXPECT_TRUE(e.leftovers().isEmpty());
 }
