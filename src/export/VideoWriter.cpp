@@ -56,7 +56,10 @@ VideoWriter::Tuning VideoWriter::defaultTuning(ContainerFormat format, bool movi
             QStringLiteral("subme=1,partitions=none")};
 }
 
-VideoWriter::VideoWriter(const VideoWriterSettings& settings) : settings(settings) {}
+VideoWriter::VideoWriter(const VideoWriterSettings& settings)
+    : settings(settings), keyframes(stillKeyframes(settings.stills))
+{
+}
 
 std::unique_ptr<VideoWriter> VideoWriter::open(const VideoWriterSettings& settings, ExportError& error)
 {
@@ -212,19 +215,14 @@ bool VideoWriter::addAudioStream(QString& detail)
 // dissolves between stills change a little at a time.
 QByteArray VideoWriter::interZones(const QString& interParams) const
 {
-    if (interParams.isEmpty() || settings.stills.empty())
+    if (interParams.isEmpty() || keyframes.empty())
         return {};
     const QByteArray options = interParams.toUtf8();
-    std::vector<qint64> keyframes;
-    for (const FrameSpan& still : settings.stills)
-        for (qint64 keyframe = still.first; keyframe < still.first + still.count; keyframe += keyframeInterval)
-            keyframes.push_back(keyframe);
     const FrameSpan& lastStill = settings.stills.back();
-    keyframes.push_back(lastStill.first + lastStill.count); // one past the last frame
     QByteArray zones;
-    for (size_t i = 0; i + 1 < keyframes.size(); ++i) {
+    for (size_t i = 0; i < keyframes.size(); ++i) {
         const qint64 first = keyframes[i] + 1;
-        const qint64 last = keyframes[i + 1] - 1;
+        const qint64 last = (i + 1 < keyframes.size() ? keyframes[i + 1] : lastStill.first + lastStill.count) - 1;
         if (last < first)
             continue;
         if (!zones.isEmpty())
@@ -234,14 +232,20 @@ QByteArray VideoWriter::interZones(const QString& interParams) const
     return zones;
 }
 
+std::vector<qint64> VideoWriter::stillKeyframes(const std::vector<FrameSpan>& stills)
+{
+    std::vector<qint64> frames;
+    for (const FrameSpan& still : stills)
+        for (qint64 frame = still.first; frame < still.first + still.count; frame += keyframeInterval)
+            frames.push_back(frame);
+    return frames;
+}
+
 bool VideoWriter::isKeyframe(qint64 frameIndex)
 {
-    const auto& stills = settings.stills;
-    while (nextStill < stills.size() && stills[nextStill].first + stills[nextStill].count <= frameIndex)
-        ++nextStill;
-    if (nextStill == stills.size() || frameIndex < stills[nextStill].first)
-        return false;
-    return (frameIndex - stills[nextStill].first) % keyframeInterval == 0;
+    while (nextKeyframe < keyframes.size() && keyframes[nextKeyframe] < frameIndex)
+        ++nextKeyframe;
+    return nextKeyframe < keyframes.size() && keyframes[nextKeyframe] == frameIndex;
 }
 
 bool VideoWriter::makePixelPool()

@@ -149,6 +149,7 @@ private:
     bool addVideoStream(QString& detail);
     bool addAudioStream(QString& detail);
     bool makePixelPool();
+    static std::vector<qint64> stillKeyframes(const std::vector<FrameSpan>& stills);
     QByteArray interZones(const QString& interParams) const;
     bool isKeyframe(qint64 frameIndex);
 
@@ -170,6 +171,7 @@ private:
     bool closeFile(QString& error);
 
     const VideoWriterSettings settings;
+    const std::vector<qint64> keyframes; // forced ones, in order: each still's first frame and every interval after
 
     // Made by open() and read-only afterwards, apart from what each thread owns below.
     AVFormatContext* format = nullptr;
@@ -183,7 +185,7 @@ private:
     Picture lastPicture;               // kept alive so that a new picture never shares its address
     FramePtr lastFrame;
     qint64 lastFrameIndex = -1;
-    size_t nextStill = 0; // the first still that does not end before the last frame
+    size_t nextKeyframe = 0; // the first forced keyframe not before the last frame
     bool videoFinished = false;
     std::atomic<int> converted = 0;
 
